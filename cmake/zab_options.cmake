@@ -1,0 +1,33 @@
+# Language level, warnings and the switches that a builder may set. Everything links zab_warnings; nothing sets flags of
+# its own elsewhere, except the vector code that needs its contraction off.
+option(ZAB_TESTS "Build the tests" ON)
+option(ZAB_BENCH "Build the benchmarks" OFF)
+option(ZAB_WERROR "Warnings are errors" ON)
+set(ZAB_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them (address,undefined or thread)")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+
+# The same input must give the same bytes on every machine: no fused multiply-add that one has and another has not.
+add_compile_options(-ffp-contract=off)
+
+if(ZAB_SANITIZE)
+  add_compile_options(-fsanitize=${ZAB_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${ZAB_SANITIZE})
+endif()
+
+add_library(zab_warnings INTERFACE)
+target_compile_options(zab_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+                                              -Wundef -Wcast-align $<$<BOOL:${ZAB_WERROR}>:-Werror>)
