@@ -1,0 +1,84 @@
+// The asset graph: which pieces of game data exist and which need which. Actions describe the fragment that they make
+// with a builder; the host's graph takes it in, or refuses it with a reason.
+#pragma once
+
+#include "processor/host/export.hpp"
+
+#include <QHash>
+#include <QString>
+#include <QVector>
+
+#include <memory>
+
+class NR_XML_QUERY_INTERFACE;
+
+namespace QTSHARED {
+
+/// One fragment file in the making. `id` is the path of the file that it will be saved to.
+class ZAB_SHARED_API ASSET_FRAGMENT_BUILDER {
+public:
+    struct FRAGMENT {
+        QString name;
+        QString file;
+        QString package;
+    };
+    struct DEPENDENCY {
+        QString fragment;
+        QString needs;
+        QString kind;
+        QString condition;
+    };
+
+    explicit ASSET_FRAGMENT_BUILDER(QString const& id);
+    ~ASSET_FRAGMENT_BUILDER();
+
+    void add_fragment(QString name, QString const& file, QString const& package);
+    void add_dependency(QString fragment, QString needs, QString const& kind, QString const& condition);
+
+    QString const& id() const { return id_; }
+    QVector<FRAGMENT> const& fragments() const { return fragments_; }
+    QVector<DEPENDENCY> const& dependencies() const { return dependencies_; }
+
+private:
+    QString id_;
+    QVector<FRAGMENT> fragments_;
+    QVector<DEPENDENCY> dependencies_;
+};
+
+/// The host's graph. Its operations may be called from several threads.
+class ZAB_SHARED_API ASSET_GRAPH {
+public:
+    ASSET_GRAPH();
+    ASSET_GRAPH(ASSET_GRAPH const&) = delete;
+    ASSET_GRAPH& operator=(ASSET_GRAPH const&) = delete;
+    ~ASSET_GRAPH();
+
+    /// Takes the builder's fragments in; those of an earlier builder with the same id are replaced. A fragment name that
+    /// another id already holds, an empty name, or a dependency of a fragment that the builder does not hold is refused:
+    /// `error` then says why and the graph stays as it was.
+    bool add(ASSET_FRAGMENT_BUILDER const& builder, QString& error);
+
+    /// A known texture: one that exists below the working data root or that an action makes. Host only.
+    void add_texture(QString const& logical_path);
+    bool has_texture(QString const& logical_path) const;
+
+    /// The fragment's package by its name; fragments that no builder holds are not listed.
+    QHash<QString, QString> packages() const;
+    void set_package(QString const& fragment, QString const& package);
+
+private:
+    struct STATE;
+    std::unique_ptr<STATE> state_;
+};
+
+}  // namespace QTSHARED
+
+/// Which package (expansion) each referenced fragment belongs to.
+class ZAB_SHARED_API AGF_DEPENDENCY_BUILDER {
+public:
+    static void add_referenced_fragment(QString const& fragment, QString const& package,
+                                        NR_XML_QUERY_INTERFACE* database, QTSHARED::ASSET_GRAPH* graph);
+    /// The reference stays valid until the next call on any thread.
+    static QHash<QString, QString> const& get_asset_fragment_packages(NR_XML_QUERY_INTERFACE* database,
+                                                                      QTSHARED::ASSET_GRAPH* graph);
+};

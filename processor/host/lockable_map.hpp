@@ -1,0 +1,55 @@
+// The host's table of known files. Look-ups are hashed, and iteration runs over a plain vector in the order in which the
+// host put the entries in (which is sorted), so that a pass over a million files is a pass over memory.
+#pragma once
+
+#include <QHash>
+#include <QReadWriteLock>
+
+#include <vector>
+
+template <typename KEY, typename VALUE>
+class LOCKABLE_MAP {
+public:
+    struct ENTRY {
+        KEY key;
+        VALUE value;
+    };
+    using const_iterator = typename std::vector<ENTRY>::const_iterator;
+
+    const_iterator begin() const { return entries_.begin(); }
+    const_iterator end() const { return entries_.end(); }
+    int size() const { return static_cast<int>(entries_.size()); }
+
+    bool contains(KEY const& key) const { return index_.contains(key); }
+
+    /// The value stored for `key`, or a value-initialised one (null for pointers).
+    VALUE value(KEY const& key) const {
+        auto const found = index_.constFind(key);
+        return found == index_.constEnd() ? VALUE{} : entries_[static_cast<std::size_t>(*found)].value;
+    }
+
+    /// Replaces the value when the key is known; its place in the order stays.
+    void insert(KEY const& key, VALUE value) {
+        auto const found = index_.constFind(key);
+        if (found != index_.constEnd()) {
+            entries_[static_cast<std::size_t>(*found)].value = value;
+            return;
+        }
+        index_.insert(key, static_cast<int>(entries_.size()));
+        entries_.push_back({key, value});
+    }
+
+    void reserve(int count) {
+        entries_.reserve(static_cast<std::size_t>(count));
+        index_.reserve(count);
+    }
+
+    /// Taken by the host around changes while others may read. Readers among the actions need not take it: the host
+    /// changes the map only while none of them runs.
+    QReadWriteLock& lock() const { return lock_; }
+
+private:
+    std::vector<ENTRY> entries_;
+    QHash<KEY, int> index_;
+    mutable QReadWriteLock lock_;
+};
