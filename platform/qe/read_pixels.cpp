@@ -38,7 +38,8 @@ TEXEL true_colour_texel(std::uint8_t const* coded, std::uint32_t bits, bool top_
 class RUN_LENGTH_ROWS {
 public:
     RUN_LENGTH_ROWS(std::vector<std::uint8_t> bytes, std::size_t texel_bytes)
-        : bytes_(std::move(bytes)), texel_bytes_(texel_bytes) {}
+        : bytes_(std::move(bytes)),
+          texel_bytes_(texel_bytes) {}
 
     /// False when the bytes end before the row does.
     bool next(std::span<std::uint8_t> row) {
@@ -85,8 +86,11 @@ private:
 class ROW_WIDENER {
 public:
     ROW_WIDENER(TGAHeader const& header, std::vector<TEXEL> map)
-        : format_(header.format()), bits_(header.bits_per_texel()), top_bit_is_alpha_(header.attribute_bits() != 0),
-          first_entry_(header.first_map_entry()), map_(std::move(map)) {}
+        : format_(header.format()),
+          bits_(header.bits_per_texel()),
+          top_bit_is_alpha_(header.attribute_bits() != 0),
+          first_entry_(header.first_map_entry()),
+          map_(std::move(map)) {}
 
     /// False when an index lies outside the map; `bad_index` then holds it.
     bool widen(std::uint8_t const* coded, std::span<std::uint8_t> row, std::uint32_t& bad_index) const {
@@ -179,10 +183,11 @@ std::optional<IMAGE32> read_checked(FileIn& file, TGAHeader const& header, std::
     std::uint64_t const least =
         header.is_run_length_coded() ? (texels + 127) / 128 * (1 + texel_bytes) : texels * texel_bytes;
     if (least > file.remaining()) {
-        cause = announced + (header.is_run_length_coded()
-                                 ? ", which take at least " + std::to_string(least) + " bytes run-length coded"
-                                 : "") +
-                follow;
+        cause =
+            announced +
+            (header.is_run_length_coded() ? ", which take at least " + std::to_string(least) + " bytes run-length coded"
+                                          : "") +
+            follow;
         return std::nullopt;
     }
     if (texels > dds_container::most_texels_per_surface) {

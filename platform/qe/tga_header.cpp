@@ -61,7 +61,9 @@ bool TGAHeader::read(FileIn& file) {
     if (!file.read(bytes)) {
         return fail("the file has " + std::to_string(file.remaining()) + " bytes, too few for a TGA header");
     }
-    auto const word = [&](std::size_t at) { return static_cast<std::uint32_t>(bytes[at] | bytes[at + 1] << 8); };
+    auto const word = [&](std::size_t at) {
+        return static_cast<std::uint32_t>(bytes[at] | bytes[at + 1] << 8);
+    };
 
     std::uint32_t const map_type = bytes[1];
     std::uint32_t const image_type = bytes[2];
