@@ -82,8 +82,12 @@ public:
     static IMAGE read_header(std::span<std::uint8_t const> bytes);
 
 private:
-    friend IMAGE load_dds(std::span<std::uint8_t const> file);
-    void lay_out(std::uint8_t* texels, std::uint32_t levels);
+    void load_dds(std::span<std::uint8_t const> file);
+    void load_coded(std::span<std::uint8_t const> file, IMAGE_FORMAT format);
+    /// Fills the surfaces, tightly packed, from `texels` on; null for an image without texels.
+    void lay_out(std::uint8_t* texels);
+    void allocate();
+    void fail(std::string cause);
 
     IMAGE_INFO info_;
     IMAGE_BYTES owned_;

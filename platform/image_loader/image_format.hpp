@@ -78,23 +78,25 @@ enum TEXTURE_TEXEL_FORMAT : std::uint32_t {
     TTF_NUM_FORMATS
 };
 
-/// Which kind of numbers a texel is made of.
+/// Which kind of numbers a texel is made of: unsigned channels that masks cut out of up to 32 bits, channels of one
+/// width with red first, or one of the packed float layouts.
 enum class TEXEL_KIND : std::uint8_t {
     none,
     block,
     masks,
-    signed_norm,
-    unsigned_norm_16,
+    signed_8,
+    signed_16,
+    unsigned_16,
     half,
     single,
     small_float,
-    shared_exponent
+    shared_exponent,
 };
 
 /// What reading a texel of a format takes.
 struct TEXEL_FORMAT_INFO {
     TEXTURE_TEXEL_FORMAT format = TTF_UNKNOWN;
-    std::string_view name;
+    std::string_view name = "UNKNOWN";
     TEXEL_KIND kind = TEXEL_KIND::none;
     std::uint32_t bytes_per_texel = 0;           ///< 0 for block formats
     std::uint32_t channels = 0;                  ///< red first; not used by `masks`
@@ -109,8 +111,10 @@ TEXEL_FORMAT_INFO const& texel_format_info(TEXTURE_TEXEL_FORMAT format);
 /// The format of a DDS file's texels; TTF_UNKNOWN for masks that no format has.
 TEXTURE_TEXEL_FORMAT texel_format_of(dds_container::DDS_DESCRIPTION const& description);
 
-/// Bytes from one row of texels, or of blocks, to the next when rows are not padded; and bytes of a whole level.
+/// Bytes from one row of texels, or of blocks, to the next when rows are not padded; how many such rows there are; and
+/// bytes of a whole level. For sides within the bounds of `dds_container`.
 std::uint64_t tight_row_pitch(TEXTURE_TEXEL_FORMAT format, std::uint32_t width);
+std::uint32_t surface_rows(TEXTURE_TEXEL_FORMAT format, std::uint32_t height);
 std::uint64_t level_bytes(TEXTURE_TEXEL_FORMAT format, std::uint32_t width, std::uint32_t height);
 
 /// Bytes of `levels` levels laid one after the other. Of a thin image (1 × 1024) that is more than one and a half times

@@ -10,7 +10,8 @@
 
 namespace IMAGE_LOADER {
 
-/// Eight bits a channel in the byte order red, green, blue, alpha; alpha is straight; rows top-down without padding.
+/// Eight bits a channel in the byte order red, green, blue, alpha; rows top-down without padding. Colours are as the
+/// file holds them: they are neither multiplied nor divided by alpha.
 struct PICTURE {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
