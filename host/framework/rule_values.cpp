@@ -1,5 +1,5 @@
-// A sorted vector searched by halving: rules hold a few dozen properties, look-ups are by far the most frequent thing that
-// a build asks of its rules, and this way they make no folded copy of the name.
+// A sorted vector searched by halving: rules hold a few dozen properties, look-ups are by far the most frequent thing
+// that a build asks of its rules, and this way they make no folded copy of the name.
 #include "host/framework/rule_values.hpp"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// The base of every build action: what it is called, which files it reads and makes, what it depends on, and how it runs.
-// The order of the virtual operations is fixed: plug-ins built against it rely on the slots.
+// The base of every build action: what it is called, which files it reads and makes, what it depends on, and how it
+// runs. The order of the virtual operations is fixed: plug-ins built against it rely on the slots.
 #pragma once
 
 #include "processor/host/export.hpp"
@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <functional>
+#include <optional>
 
 class NR_XML_QUERY_INTERFACE;
 class PROCESSOR_INTERFACE;
@@ -105,6 +106,8 @@ public:
     QStringList const& output_lines() const { return lines_; }
     QVector<DEPENDENCY> const& dependencies() const { return dependencies_; }
     QVector<REGISTERED_FILE> const& registered_files() const { return registered_; }
+    /// Whether version control refused a file; a line of the action says which and why. Such an action has failed.
+    bool version_control_failed() const { return version_control_failed_; }
     int progress() const { return progress_; }
     int progress_max() const { return progress_max_; }
     /// Called with every line as it is added, on the action's thread.
@@ -116,12 +119,15 @@ protected:
     void set_progress_value(int progress) { progress_ = progress; }
 
 private:
+    void note_version_control(std::optional<QString> const& failure);
+
     PROCESSOR_INTERFACE& processor_;
     QString error_;
     QStringList lines_;
     QVector<DEPENDENCY> dependencies_;
     QVector<REGISTERED_FILE> registered_;
     std::function<void(QString const&)> listener_;
+    bool version_control_failed_ = false;
     int progress_max_ = 0;
     std::atomic<int> progress_{0};
     std::atomic<bool> aborted_{false};

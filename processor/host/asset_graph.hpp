@@ -53,9 +53,9 @@ public:
     ASSET_GRAPH& operator=(ASSET_GRAPH const&) = delete;
     ~ASSET_GRAPH();
 
-    /// Takes the builder's fragments in; those of an earlier builder with the same id are replaced. A fragment name that
-    /// another id already holds, an empty name, or a dependency of a fragment that the builder does not hold is refused:
-    /// `error` then says why and the graph stays as it was.
+    /// Takes the builder's fragments in; those of an earlier builder with the same id are replaced. A fragment name
+    /// that another id already holds, an empty name, or a dependency of a fragment that the builder does not hold is
+    /// refused: `error` then says why and the graph stays as it was.
     bool add(ASSET_FRAGMENT_BUILDER const& builder, QString& error);
 
     /// A known texture: one that exists below the working data root or that an action makes. Host only.
@@ -78,7 +78,7 @@ class ZAB_SHARED_API AGF_DEPENDENCY_BUILDER {
 public:
     static void add_referenced_fragment(QString const& fragment, QString const& package,
                                         NR_XML_QUERY_INTERFACE* database, QTSHARED::ASSET_GRAPH* graph);
-    /// The reference stays valid until the next call on any thread.
+    /// The reference stays valid until the next call on the same thread.
     static QHash<QString, QString> const& get_asset_fragment_packages(NR_XML_QUERY_INTERFACE* database,
                                                                       QTSHARED::ASSET_GRAPH* graph);
 };

@@ -1,5 +1,5 @@
-// The host's table of known files. Look-ups are hashed, and iteration runs over a plain vector in the order in which the
-// host put the entries in (which is sorted), so that a pass over a million files is a pass over memory.
+// The host's table of known files. Look-ups are hashed, and iteration runs over a plain vector in the order in which
+// the host put the entries in (which is sorted), so that a pass over a million files is a pass over memory.
 #pragma once
 
 #include <QHash>

@@ -19,8 +19,8 @@ public:
     /// The working data root that targets made from this source belong to.
     static PHYSICAL_PATH const& target_working_data(PHYSICAL_PATH const& source);
 
-    /// The named property's value as a path relative to the working data root. "{dir}" in it becomes the source's folder
-    /// below its root and "{name}" its file name without the extension.
+    /// The named property's value as a path relative to the working data root. "{dir}" in it becomes the source's
+    /// folder below its root and "{name}" its file name without the extension.
     static QString relative_target_path_from_rule_path(RULE const& rule, QString const& property,
                                                        LOGICAL_PATH const& logical, PHYSICAL_PATH const& physical);
 

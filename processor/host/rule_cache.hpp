@@ -1,5 +1,5 @@
-// Answers which rule applies to a path. The host owns the one that a build uses and hands it to every operation that may
-// read rules.
+// Answers which rule applies to a path. The host owns the one that a build uses and hands it to every operation that
+// may read rules.
 #pragma once
 
 #include "processor/host/export.hpp"

@@ -1,0 +1,123 @@
+#include "processor/host/action_interface.hpp"
+
+#include "host/framework/asset_fragment_file.hpp"
+#include "host/framework/version_control.hpp"
+#include "processor/host/asset_graph.hpp"
+
+QTSHARED::ASSET_GRAPH* ACTION_INTERFACE::s_asset_graph = nullptr;
+NR_XML_QUERY_INTERFACE* ACTION_INTERFACE::s_database = nullptr;
+
+ACTION_INTERFACE::ACTION_INTERFACE(PROCESSOR_INTERFACE& processor) : processor_(processor) {
+}
+
+// A copy is the same work, not the same run: it starts without lines, registered files or progress, and nobody listens.
+ACTION_INTERFACE::ACTION_INTERFACE(ACTION_INTERFACE const& other)
+    : processor_(other.processor_),
+      error_(other.error_),
+      dependencies_(other.dependencies_),
+      progress_max_(other.progress_max_) {
+}
+
+ACTION_INTERFACE::~ACTION_INTERFACE() = default;
+
+void ACTION_INTERFACE::abort() {
+    aborted_ = true;
+}
+
+void ACTION_INTERFACE::reset() {
+    lines_.clear();
+    registered_.clear();
+    version_control_failed_ = false;
+    progress_ = 0;
+    aborted_ = false;
+}
+
+bool ACTION_INTERFACE::ignore_assert(QString const&) const {
+    return false;
+}
+
+void ACTION_INTERFACE::add_external_dependencies(FILE_MAP const&, RULE_CACHE const&) {
+}
+
+bool ACTION_INTERFACE::auto_fail_if_dependency_failed() const {
+    return true;
+}
+
+bool ACTION_INTERFACE::auto_fail_if_asserts_occured() const {
+    return true;
+}
+
+// What a failed action made is gone; bringing back the version submitted last would pass it off as built.
+bool ACTION_INTERFACE::revert_target_files_if_failed() const {
+    return false;
+}
+
+void ACTION_INTERFACE::add_dependency(ACTION_INTERFACE& other, bool optional) {
+    dependencies_.append({&other, optional});
+}
+
+void ACTION_INTERFACE::set_error(QString const& message) {
+    error_ = message;
+}
+
+void ACTION_INTERFACE::set_progress_max(int maximum) {
+    progress_max_ = maximum;
+}
+
+void ACTION_INTERFACE::note_version_control(std::optional<QString> const& failure) {
+    if (!failure)
+        return;
+    version_control_failed_ = true;
+    add_output_line(*failure);
+}
+
+void ACTION_INTERFACE::add_to_perforce(PHYSICAL_PATH const& file, FILE_MAP const&, bool, QString const&) {
+    registered_.append({file, REGISTERED_FILE::KIND::added});
+    note_version_control(VERSION_CONTROL::current().add(file));
+}
+
+void ACTION_INTERFACE::remove_from_perforce(PHYSICAL_PATH const& file, FILE_MAP const&) {
+    registered_.append({file, REGISTERED_FILE::KIND::removed});
+    note_version_control(VERSION_CONTROL::current().remove(file));
+}
+
+void ACTION_INTERFACE::revert_from_perforce(PHYSICAL_PATH const& file, FILE_MAP const&) {
+    registered_.append({file, REGISTERED_FILE::KIND::reverted});
+    note_version_control(VERSION_CONTROL::current().revert(file));
+}
+
+bool ACTION_INTERFACE::add_to_asset_graph_and_save(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder,
+                                                   FILE_MAP const& files, RULE_CACHE const&) {
+    if (s_asset_graph == nullptr) {
+        add_output_line(QStringLiteral("There is no asset graph to add %1 to").arg(builder.id()));
+        return false;
+    }
+    QString error;
+    if (!s_asset_graph->add(builder, error) || !save_asset_fragment_file(builder, error)) {
+        add_output_line(error);
+        return false;
+    }
+    add_to_perforce(PHYSICAL_PATH(builder.id()), files, false, {});
+    return !version_control_failed_;
+}
+
+QString ACTION_INTERFACE::asset_fragment_id(LOGICAL_PATH const& path, RULE_CACHE const&) {
+    if (s_asset_graph == nullptr || !s_asset_graph->has_texture(path))
+        return {};
+    return path.section(QLatin1Char('/'), 1, -1);
+}
+
+bool ACTION_INTERFACE::is_file_ever_released(LOGICAL_PATH const& path, RULE_CACHE const& rules, QString* expansion,
+                                             bool) {
+    RULE const rule = rules.get(path, QStringLiteral("Expansion"));
+    if (expansion != nullptr)
+        *expansion = rule.value(QStringLiteral("Name")).toString();
+    QVariant const& released = rule.value(QStringLiteral("Released"));
+    return !released.isValid() || released.toBool();
+}
+
+void ACTION_INTERFACE::add_output_line(QString const& line) {
+    lines_.append(line);
+    if (listener_)
+        listener_(line);
+}

@@ -1,0 +1,42 @@
+#include "host/framework/asset_fragment_file.hpp"
+
+#include "processor/host/paths.hpp"
+
+#include <QSaveFile>
+#include <QXmlStreamWriter>
+
+bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, QString& error) {
+    QSaveFile file(builder.id());
+    if (!file.open(QIODevice::WriteOnly)) {
+        error = QStringLiteral("Failed to write '%1': %2").arg(builder.id(), file.errorString());
+        return false;
+    }
+    QXmlStreamWriter xml(&file);
+    xml.setAutoFormatting(true);
+    xml.writeStartDocument();
+    xml.writeStartElement(QStringLiteral("asset_fragments"));
+    for (auto const& fragment : builder.fragments()) {
+        xml.writeStartElement(QStringLiteral("fragment"));
+        xml.writeAttribute(QStringLiteral("name"), fragment.name);
+        xml.writeAttribute(QStringLiteral("file"), PATHS::logical_path(PHYSICAL_PATH(fragment.file)));
+        if (!fragment.package.isEmpty())
+            xml.writeAttribute(QStringLiteral("package"), fragment.package);
+        for (auto const& dependency : builder.dependencies()) {
+            if (dependency.fragment != fragment.name)
+                continue;
+            xml.writeEmptyElement(QStringLiteral("dependency"));
+            xml.writeAttribute(QStringLiteral("fragment"), dependency.needs);
+            xml.writeAttribute(QStringLiteral("kind"), dependency.kind);
+            if (!dependency.condition.isEmpty())
+                xml.writeAttribute(QStringLiteral("condition"), dependency.condition);
+        }
+        xml.writeEndElement();
+    }
+    xml.writeEndElement();
+    xml.writeEndDocument();
+    if (!file.commit()) {
+        error = QStringLiteral("Failed to write '%1': %2").arg(builder.id(), file.errorString());
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,9 @@
+// The file of one asset-graph fragment (".agf"): XML that names the fragments that a build step made and what they
+// need.
+#pragma once
+
+#include "processor/host/asset_graph.hpp"
+
+/// Writes the file that the builder's id names, whole or not at all. False with a line that names the file otherwise.
+/// Paths in it are logical ones, so that the same project gives the same file on every machine.
+bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, QString& error);

@@ -1,0 +1,107 @@
+#include "processor/host/asset_graph.hpp"
+
+#include <QMutex>
+#include <QMutexLocker>
+#include <QSet>
+
+namespace QTSHARED {
+
+ASSET_FRAGMENT_BUILDER::ASSET_FRAGMENT_BUILDER(QString const& id) : id_(id) {
+}
+
+ASSET_FRAGMENT_BUILDER::~ASSET_FRAGMENT_BUILDER() = default;
+
+void ASSET_FRAGMENT_BUILDER::add_fragment(QString name, QString const& file, QString const& package) {
+    fragments_.append({std::move(name), file, package});
+}
+
+void ASSET_FRAGMENT_BUILDER::add_dependency(QString fragment, QString needs, QString const& kind,
+                                            QString const& condition) {
+    dependencies_.append({std::move(fragment), std::move(needs), kind, condition});
+}
+
+struct ASSET_GRAPH::STATE {
+    mutable QMutex mutex;
+    /// Fragment name → id of the builder that holds it.
+    QHash<QString, QString> owners;
+    QHash<QString, QString> packages;
+    QSet<QString> textures;
+};
+
+ASSET_GRAPH::ASSET_GRAPH() : state_(std::make_unique<STATE>()) {
+}
+
+ASSET_GRAPH::~ASSET_GRAPH() = default;
+
+bool ASSET_GRAPH::add(ASSET_FRAGMENT_BUILDER const& builder, QString& error) {
+    QMutexLocker const lock(&state_->mutex);
+    QSet<QString> names;
+    for (auto const& fragment : builder.fragments()) {
+        if (fragment.name.isEmpty()) {
+            error = QStringLiteral("%1: an asset-graph fragment has no name").arg(builder.id());
+            return false;
+        }
+        auto const owner = state_->owners.constFind(fragment.name);
+        if (owner != state_->owners.constEnd() && *owner != builder.id()) {
+            error = QStringLiteral("%1: the asset-graph fragment '%2' already stands in %3")
+                        .arg(builder.id(), fragment.name, *owner);
+            return false;
+        }
+        names.insert(fragment.name);
+    }
+    for (auto const& dependency : builder.dependencies()) {
+        if (!names.contains(dependency.fragment)) {
+            error = QStringLiteral("%1: a dependency on '%2' belongs to the unknown fragment '%3'")
+                        .arg(builder.id(), dependency.needs, dependency.fragment);
+            return false;
+        }
+    }
+    for (auto owner = state_->owners.begin(); owner != state_->owners.end();) {
+        if (*owner == builder.id()) {
+            state_->packages.remove(owner.key());
+            owner = state_->owners.erase(owner);
+        } else {
+            ++owner;
+        }
+    }
+    for (auto const& fragment : builder.fragments()) {
+        state_->owners.insert(fragment.name, builder.id());
+        state_->packages.insert(fragment.name, fragment.package);
+    }
+    return true;
+}
+
+void ASSET_GRAPH::add_texture(QString const& logical_path) {
+    QMutexLocker const lock(&state_->mutex);
+    state_->textures.insert(logical_path);
+}
+
+bool ASSET_GRAPH::has_texture(QString const& logical_path) const {
+    QMutexLocker const lock(&state_->mutex);
+    return state_->textures.contains(logical_path);
+}
+
+QHash<QString, QString> ASSET_GRAPH::packages() const {
+    QMutexLocker const lock(&state_->mutex);
+    return state_->packages;
+}
+
+void ASSET_GRAPH::set_package(QString const& fragment, QString const& package) {
+    QMutexLocker const lock(&state_->mutex);
+    state_->packages.insert(fragment, package);
+}
+
+}  // namespace QTSHARED
+
+void AGF_DEPENDENCY_BUILDER::add_referenced_fragment(QString const& fragment, QString const& package,
+                                                     NR_XML_QUERY_INTERFACE*, QTSHARED::ASSET_GRAPH* graph) {
+    if (graph != nullptr)
+        graph->set_package(fragment, package);
+}
+
+QHash<QString, QString> const& AGF_DEPENDENCY_BUILDER::get_asset_fragment_packages(NR_XML_QUERY_INTERFACE*,
+                                                                                   QTSHARED::ASSET_GRAPH* graph) {
+    static thread_local QHash<QString, QString> packages;
+    packages = graph != nullptr ? graph->packages() : QHash<QString, QString>();
+    return packages;
+}
