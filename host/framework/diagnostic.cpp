@@ -1,5 +1,5 @@
-// The text form of diagnostics, and the search for the name that was meant (edit distance after Damerau and Levenshtein,
-// with neighbouring letters swapped counted as one change).
+// The text form of diagnostics, and the search for the name that was meant (edit distance after Damerau and
+// Levenshtein, with neighbouring letters swapped counted as one change).
 #include "host/framework/diagnostic.hpp"
 
 #include <algorithm>
@@ -17,9 +17,8 @@ QString format(DIAGNOSTIC const& diagnostic, QString const& shown_path) {
 }
 
 bool has_errors(DIAGNOSTICS const& diagnostics) {
-    return std::any_of(diagnostics.begin(), diagnostics.end(), [](DIAGNOSTIC const& diagnostic) {
-        return diagnostic.severity == DIAGNOSTIC::SEVERITY::error;
-    });
+    return std::any_of(diagnostics.begin(), diagnostics.end(),
+                       [](DIAGNOSTIC const& diagnostic) { return diagnostic.severity == DIAGNOSTIC::SEVERITY::error; });
 }
 
 namespace {

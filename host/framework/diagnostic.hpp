@@ -32,8 +32,8 @@ inline QString format(DIAGNOSTIC const& diagnostic) {
 
 ZAB_SHARED_API bool has_errors(DIAGNOSTICS const& diagnostics);
 
-/// The candidate that a person most likely meant by `word`: the one the fewest single-letter changes away (case does not
-/// count), the first of equals. Empty when none is near enough to be a slip of the fingers.
+/// The candidate that a person most likely meant by `word`: the one the fewest single-letter changes away (case does
+/// not count), the first of equals. Empty when none is near enough to be a slip of the fingers.
 ZAB_SHARED_API QString nearest_name(QString const& word, std::vector<QString> const& candidates);
 
 }  // namespace framework

@@ -1,6 +1,6 @@
-// Patterns that choose paths, in the form of .gitignore: `*`, `?` and `[a-z]` within one section, `**` over any number of
-// sections, a slash in front or in the middle ties the pattern to the folder that it is relative to, a slash at the end
-// asks for a folder, `!` in front takes out what an earlier pattern took in, `\` takes the next character as it is.
+// Patterns that choose paths, in the form of .gitignore: `*`, `?` and `[a-z]` within one section, `**` over any number
+// of sections, a slash in front or in the middle ties the pattern to the folder that it is relative to, a slash at the
+// end asks for a folder, `!` in front takes out what an earlier pattern took in, `\` takes the next character as it is.
 //
 // One thing differs: what `!` names comes out even when a folder above it was taken in as a whole. The form's own rule
 // (no way back below an ignored folder) saves a version-control program from walking such folders, which a rule has no
@@ -26,8 +26,8 @@ public:
     /// Whether the pattern begins with `!`.
     bool takes_out() const { return takes_out_; }
 
-    /// Whether the pattern names the file or a folder above it. `sections` are those of the file's path below the folder
-    /// that the pattern is relative to; the last one is the file.
+    /// Whether the pattern names the file or a folder above it. `sections` are those of the file's path below the
+    /// folder that the pattern is relative to; the last one is the file.
     bool matches(std::vector<QStringView> const& sections) const;
 
 private:

@@ -30,8 +30,9 @@ public:
                 if (table)
                     read_section(name, *table, *key);
                 else
-                    reporter_.error(node->source(), QStringLiteral("\"%1\" is %2; it is written as [%1]")
-                                                        .arg(to_qstring(name), type_name(*node)));
+                    reporter_.error(
+                        node->source(),
+                        QStringLiteral("\"%1\" is %2; it is written as [%1]").arg(to_qstring(name), type_name(*node)));
             } else {
                 reporter_.unknown_key(*key, {"roots", "global", "tables", "image_database", "version_control", "rule"});
             }
@@ -123,17 +124,13 @@ private:
             return;
         }
         auto const* const text = node.as_string();
-        std::string_view const kind = text ? std::string_view(text->get()) : std::string_view();
-        if (kind == "none")
-            project_.version_control = VERSION_CONTROL_KIND::none;
-        else if (kind == "git")
-            project_.version_control = VERSION_CONTROL_KIND::git;
-        else if (kind == "perforce")
-            project_.version_control = VERSION_CONTROL_KIND::perforce;
+        QString const kind = text ? to_qstring(text->get()) : QString();
+        if (kind == QLatin1String("none") || kind == QLatin1String("git") || kind == QLatin1String("perforce"))
+            project_.version_control = kind;
         else
             reporter_.error(node.source(),
                             QStringLiteral("\"kind\" holds %1; it takes \"none\", \"git\" or \"perforce\"")
-                                .arg(text ? QStringLiteral("\"%1\"").arg(to_qstring(kind)) : type_name(node)));
+                                .arg(text ? QStringLiteral("\"%1\"").arg(kind) : type_name(node)));
     }
 
     // Targets among sources would be taken for sources by the next build.

@@ -13,8 +13,6 @@ namespace framework {
 /// The name of the project file; a folder that holds one is a project.
 inline constexpr char const* project_file_name = "zab.toml";
 
-enum class VERSION_CONTROL_KIND { none, git, perforce };
-
 /// Every path is absolute and clean: '/' between sections, none at the end, no "." or "..".
 struct PROJECT {
     QString file;
@@ -28,7 +26,8 @@ struct PROJECT {
     /// XML files of the host's database tables by table name.
     QMap<QString, QString> tables;
     bool image_database = true;
-    VERSION_CONTROL_KIND version_control = VERSION_CONTROL_KIND::none;
+    /// "none", "git" or "perforce".
+    QString version_control = QStringLiteral("none");
     /// The rules of the project file itself; they apply to the whole raw tree.
     RULE_FILE rules;
 };

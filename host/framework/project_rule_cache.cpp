@@ -1,7 +1,7 @@
-// A build asks for the rules of every path several times over, so the work is done per folder and per set of tables, not
-// per path: a folder with a rule file (its scope) knows which tables can apply there at all, and all paths for which the
-// same tables of a scope match share one resolved rule. A question costs the search of the scope, the match of those
-// tables that have patterns, and one look-up.
+// A build asks for the rules of every path several times over, so the work is done per folder and per set of tables,
+// not per path: a folder with a rule file (its scope) knows which tables can apply there at all, and all paths for
+// which the same tables of a scope match share one resolved rule. A question costs the search of the scope, the match
+// of those tables that have patterns, and one look-up.
 #include "host/framework/project_rule_cache.hpp"
 
 #include <algorithm>

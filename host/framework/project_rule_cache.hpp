@@ -10,8 +10,8 @@
 
 namespace framework {
 
-/// Rules apply to paths below "<raw>", whether or not a file exists there, and to no others. Everything is read when the
-/// cache is made; afterwards any number of threads may ask.
+/// Rules apply to paths below "<raw>", whether or not a file exists there, and to no others. Everything is read when
+/// the cache is made; afterwards any number of threads may ask.
 class ZAB_SHARED_API PROJECT_RULE_CACHE : public RULE_CACHE {
 public:
     /// `files` in any order, one for each folder that has rules.

@@ -34,8 +34,8 @@ struct RULE_FILE {
 /// The name that rule files bear.
 inline constexpr char const* rule_file_name = "zab_rules.toml";
 
-/// Reads a folder's rule file. What is wrong in it goes to `diagnostics`; the tables that are sound are returned all the
-/// same.
+/// Reads a folder's rule file. What is wrong in it goes to `diagnostics`; the tables that are sound are returned all
+/// the same.
 ZAB_SHARED_API RULE_FILE read_rule_file(QString const& path, QString const& folder, DIAGNOSTICS& diagnostics);
 
 /// Warns about rules that no schema declares, and about properties that their schema does not declare, with the nearest

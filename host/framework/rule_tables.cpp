@@ -1,4 +1,5 @@
-// A table that is wrong in one place is left out as a whole: half of a rule could build something that nobody asked for.
+// A table that is wrong in one place is left out as a whole: half of a rule could build something that nobody asked
+// for.
 #include "host/framework/rule_tables.hpp"
 
 namespace framework {
@@ -27,8 +28,9 @@ bool read_match(toml::key const& key, toml::node const& node, RULE_TABLE& rule, 
     bool sound = true;
     if (auto const* const list = node.as_array()) {
         if (list->empty()) {
-            reporter.error(key.source(), QStringLiteral("\"match\" is an empty list; without \"match\" the rule applies "
-                                                        "to every path"));
+            reporter.error(key.source(),
+                           QStringLiteral("\"match\" is an empty list; without \"match\" the rule applies "
+                                          "to every path"));
             return false;
         }
         for (toml::node const& element : *list)
@@ -37,8 +39,9 @@ bool read_match(toml::key const& key, toml::node const& node, RULE_TABLE& rule, 
         sound = add_pattern(node, rule, reporter);
     }
     if (sound && !rule.match.takes_in())
-        reporter.warning(key.source(), QStringLiteral("\"match\" only takes paths out, so the rule applies to none; begin "
-                                                      "the list with \"*\""));
+        reporter.warning(key.source(),
+                         QStringLiteral("\"match\" only takes paths out, so the rule applies to none; begin "
+                                        "the list with \"*\""));
     return sound;
 }
 
@@ -72,11 +75,12 @@ std::optional<RULE_TABLE> read_rule_table(toml::table const& table, TOML_REPORTE
                                .arg(property, type_name(*node)));
             sound = false;
         } else if (RULE_VALUES::VALUE const* const other = seen.find(property)) {
-            reporter.error(key->source(), QStringLiteral("the property \"%1\" is set a second time; line %2 sets \"%3\", "
-                                                         "and case does not count")
-                                              .arg(property)
-                                              .arg(other->line)
-                                              .arg(other->property));
+            reporter.error(key->source(),
+                           QStringLiteral("the property \"%1\" is set a second time; line %2 sets \"%3\", "
+                                          "and case does not count")
+                               .arg(property)
+                               .arg(other->line)
+                               .arg(other->property));
             sound = false;
         } else {
             rule.values.push_back({property, std::move(value), reporter.path(), line, column});
@@ -94,15 +98,17 @@ std::vector<RULE_TABLE> read_rule_tables(toml::node const& node, TOML_REPORTER& 
     std::vector<RULE_TABLE> rules;
     auto const* const list = node.as_array();
     if (!list) {
-        reporter.error(node.source(), QStringLiteral("\"rule\" is %1; rules are written as [[rule]], with two brackets")
-                                          .arg(type_name(node)));
+        reporter.error(
+            node.source(),
+            QStringLiteral("\"rule\" is %1; rules are written as [[rule]], with two brackets").arg(type_name(node)));
         return rules;
     }
     for (toml::node const& element : *list) {
         auto const* const table = element.as_table();
         if (!table) {
-            reporter.error(element.source(), QStringLiteral("\"rule\" holds %1; rules are written as [[rule]] tables")
-                                                 .arg(type_name(element)));
+            reporter.error(
+                element.source(),
+                QStringLiteral("\"rule\" holds %1; rules are written as [[rule]] tables").arg(type_name(element)));
             continue;
         }
         if (std::optional<RULE_TABLE> rule = read_rule_table(*table, reporter))

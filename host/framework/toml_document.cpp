@@ -33,15 +33,14 @@ std::optional<toml::table> read_toml(QString const& path, DIAGNOSTICS& diagnosti
     if (bytes.size() > largest_file)
         return fail(QStringLiteral("is larger than 16 MiB"));
 
-    toml::parse_result result =
-        toml::parse(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
-    if (!result) {
-        toml::parse_error const& error = result.error();
+    // The library, as it is built, tells of mistakes by throwing.
+    try {
+        return toml::parse(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+    } catch (toml::parse_error const& error) {
         diagnostics.push_back({DIAGNOSTIC::SEVERITY::error, path, number(error.source().begin.line),
                                number(error.source().begin.column), to_qstring(error.description())});
         return std::nullopt;
     }
-    return std::move(result).table();
 }
 
 void TOML_REPORTER::add(DIAGNOSTIC::SEVERITY severity, toml::source_region const& place, QString const& text) {

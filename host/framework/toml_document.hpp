@@ -1,13 +1,10 @@
-// Reading a TOML file into toml++'s tree, with every mistake as a diagnostic and no exception, and small questions to the
-// tree that the readers of project and rule files share. Internal to the framework: it is the only header that knows
-// toml++. The language: https://toml.io/en/v1.0.0
+// Reading a TOML file into toml++'s tree, with every mistake as a diagnostic and no exception, and small questions to
+// the tree that the readers of project and rule files share. Internal to the framework: it is the only header that
+// knows toml++. The language: https://toml.io/en/v1.0.0
 #pragma once
 
 #include "host/framework/diagnostic.hpp"
 
-#define TOML_HEADER_ONLY 1
-#define TOML_EXCEPTIONS 0
-#define TOML_ENABLE_FORMATTERS 0
 #include <toml++/toml.h>
 
 #include <QVariant>
