@@ -1,0 +1,129 @@
+#include "dds/action_dds_n.hpp"
+
+#include "dds/compress_image.hpp"
+#include "dds/texture_rules.hpp"
+#include "platform/image_loader/image.hpp"
+#include "platform/qe/read_pixels.hpp"
+
+#include <QFile>
+
+#include <new>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace {
+
+using IMAGE_LOADER::IMAGE;
+
+constexpr int progress_maximum = 1000;
+
+/// The texels of a TGA file; nothing when it cannot be opened or read, or has no texels.
+std::optional<QE::IMAGE32> read_tga(PHYSICAL_PATH const& path) {
+    QE::FileIn file(QE::String(QFile::encodeName(path).toStdString()));
+    QE::TGAHeader header;
+    if (!file.is_open() || !header.read(file) || header.width() == 0 || header.height() == 0)
+        return {};
+    std::string cause;
+    return QE::read_pixels(file, header, cause);
+}
+
+/// A view of the TGA's texels as an image of one level.
+IMAGE wrap(QE::IMAGE32& tga) {
+    IMAGE_LOADER::IMAGE_INFO info;
+    info.width = tga.width;
+    info.height = tga.height;
+    info.texel_format = IMAGE_LOADER::TTF_B8G8R8A8;
+    info.image_format = IMAGE_LOADER::IMAGE_FORMAT::tga;
+    info.number_of_mips = 1;
+    info.surfaces = {{tga.pixels.data(), std::uint64_t{4} * tga.width, tga.pixels.size(), 0}};
+    return IMAGE(std::move(info));
+}
+
+bool compress_tga(OUTPUT_LINE_SINK& sink, TEXTURE_RULES const& rules, PHYSICAL_PATH const& source,
+                  PHYSICAL_PATH const& target) {
+    std::optional<QE::IMAGE32> tga = read_tga(source);
+    if (!tga) {
+        sink.add_output_line(QStringLiteral("Attempting to compress ") + source +
+                             QStringLiteral(" but it does not exist !"));
+        return false;
+    }
+    IMAGE image = wrap(*tga);
+    return compress_image(sink, rules, false, image, target);
+}
+
+bool compress_other(OUTPUT_LINE_SINK& sink, TEXTURE_RULES const& rules, PHYSICAL_PATH const& source,
+                    PHYSICAL_PATH const& target) {
+    QFile file(source.text());
+    if (!file.open(QIODevice::ReadOnly)) {
+        sink.add_output_line(QStringLiteral("Failed to open '") + source + QStringLiteral("' for reading!"));
+        return false;
+    }
+    QByteArray bytes = file.readAll();
+    IMAGE image(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    bytes.clear();
+    if (!image.valid()) {
+        sink.add_output_line(QStringLiteral("Failed to load image from '") + source + QStringLiteral("'!"));
+        return false;
+    }
+    bool const is_png = source.text().endsWith(QLatin1String(".png"), Qt::CaseInsensitive);
+    return compress_image(sink, rules, is_png, image, target);
+}
+
+}  // namespace
+
+ACTION_DDS_N::ACTION_DDS_N(PHYSICAL_PATH const& source, PROCESSOR_INTERFACE& processor)
+    : ACTION_CONVERT(source, processor) {
+    set_progress_max(progress_maximum);
+    set_target_extension(QStringLiteral(".dds"));
+}
+
+ACTION_DDS_N::ACTION_DDS_N(PHYSICAL_PATH const& source, PROCESSOR_INTERFACE& processor, PHYSICAL_PATH const& target,
+                           QString compressor_override, QString format_override, QString premultiplied_override)
+    : ACTION_CONVERT(source, processor),
+      compressor_override_(std::move(compressor_override)),
+      format_override_(std::move(format_override)),
+      premultiplied_override_(std::move(premultiplied_override)) {
+    set_target(target);
+    set_progress_max(progress_maximum);
+    set_target_extension(QStringLiteral(".dds"));
+}
+
+QString ACTION_DDS_N::get_name(bool detailed) {
+    QString const name = QStringLiteral("Convert texture");
+    return detailed ? name + QStringLiteral(" (") + logical_source().section(QLatin1Char('/'), 1, -1) + QLatin1Char(')')
+                    : name;
+}
+
+bool ACTION_DDS_N::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const& rule_cache,
+                           FILE_MAP const&) {
+    TEXTURE_RULES rules;
+    if (!read_texture_rules(*this, rule_cache, logical_source(), rules)) {
+        add_output_line(QStringLiteral("Failed in gathering the rules"));
+        return true;
+    }
+    if (!compressor_override_.isEmpty()) {
+        COMPRESSOR_TYPE const compressor = parse_compressor_type(*this, compressor_override_);
+        if (compressor != COMPRESSOR_TYPE::UNKNOWN)
+            rules.compressor = compressor;
+    }
+    if (!format_override_.isEmpty())
+        rules.compression_format = format_override_;
+    if (!premultiplied_override_.isEmpty())
+        rules.premultiplied_alpha = premultiplied_override_ == QLatin1String("true");
+
+    bool const is_tga = source.text().endsWith(QLatin1String(".tga"), Qt::CaseInsensitive);
+    bool compressed = false;
+    try {
+        compressed = is_tga ? compress_tga(*this, rules, source, target) : compress_other(*this, rules, source, target);
+    } catch (std::bad_alloc const&) {
+        add_output_line(QStringLiteral("Not enough memory to convert '") + source + QLatin1Char('\''));
+    }
+    if (!compressed)
+        QFile::remove(target);
+    return compressed;
+}
+
+void ACTION_DDS_N::add_output_line(QString line) {
+    ACTION_INTERFACE::add_output_line(line);
+}

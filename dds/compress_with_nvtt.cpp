@@ -1,0 +1,95 @@
+#include "dds/compress_with_nvtt.hpp"
+
+#include "platform/qe/fp_state.hpp"
+
+#include <QFile>
+
+#include <nvtt/nvtt.h>
+
+namespace {
+
+using IMAGE_LOADER::IMAGE;
+
+/// Turns the library's error codes into lines of the action.
+class NVTT_ERROR_SINK : public nvtt::ErrorHandler {
+public:
+    explicit NVTT_ERROR_SINK(OUTPUT_LINE_SINK* sink) : sink_(sink) {}
+
+    void error(nvtt::Error code) override { sink_->add_output_line(QLatin1String(text(code))); }
+
+private:
+    static char const* text(nvtt::Error code) {
+        switch (static_cast<int>(code)) {
+        case 1:
+            return "Invalid Input to Compressor";
+        case 2:
+            return "Unsupported Feature";
+        case 3:
+            return "Cuda Error While Running Compressor";
+        case 5:
+            return "File Writing Error";
+        default:
+            return "Unknown Error During Compression";
+        }
+    }
+
+    OUTPUT_LINE_SINK* sink_;
+};
+
+void set_mip_data(nvtt::InputOptions& input, IMAGE const& image, std::uint32_t source_level, int level) {
+    input.setMipmapData(image.level(source_level).data(), static_cast<int>(image.level_width(source_level)),
+                        static_cast<int>(image.level_height(source_level)), 1, 0, level);
+}
+
+void set_mip_filter(nvtt::InputOptions& input, QString const& name) {
+    // Any other name leaves the library's own default.
+    if (name == QLatin1String("box"))
+        input.setMipmapFilter(nvtt::MipmapFilter_Box);
+    else if (name == QLatin1String("triangle"))
+        input.setMipmapFilter(nvtt::MipmapFilter_Triangle);
+    else if (name == QLatin1String("kaiser"))
+        input.setMipmapFilter(nvtt::MipmapFilter_Kaiser);
+}
+
+}  // namespace
+
+bool compress_with_nvtt(OUTPUT_LINE_SINK& sink, PHYSICAL_PATH const& target, BACK_END_SETTINGS const& settings,
+                        IMAGE const& image, std::vector<IMAGE> const& chain) {
+    nvtt::InputOptions input;
+    input.setTextureLayout(nvtt::TextureType_2D, static_cast<int>(image.width()), static_cast<int>(image.height()), 1);
+    input.setMipmapGeneration(settings.mipmaps || !chain.empty(), -1);
+    std::uint32_t const own_levels = settings.mipmaps && chain.empty() ? image.number_of_mips() : 1;
+    for (std::uint32_t level = 0; level < own_levels; ++level)
+        set_mip_data(input, image, level, static_cast<int>(level));
+    for (std::size_t i = 0; i < chain.size(); ++i)
+        set_mip_data(input, chain[i], 0, static_cast<int>(i) + 1);
+
+    input.setNormalMap(settings.normal_map);
+    input.setConvertToNormalMap(false);
+    if (settings.need_gamma_correction) {
+        // Deliberate: the same gamma on both sides, the inverse of the output's for colours.
+        float const gamma = settings.normal_map ? settings.input_gamma : 1.0F / settings.output_gamma;
+        input.setGamma(gamma, gamma);
+    }
+    input.setNormalizeMipmaps(settings.normal_map);
+    set_mip_filter(input, settings.mip_filter);
+
+    nvtt::CompressionOptions compression;
+    compression.setFormat(static_cast<nvtt::Format>(settings.format));
+    compression.setQuality(settings.fastest_quality ? nvtt::Quality_Fastest : nvtt::Quality_Highest);
+    if (settings.format == NVTT_FORMAT::dxt1_one_bit_alpha)
+        compression.setQuantization(false, false, true, 127);
+
+    nvtt::Compressor compressor;
+    compressor.enableCudaAcceleration(true);
+
+    NVTT_ERROR_SINK errors(&sink);
+    nvtt::OutputOptions output;
+    output.setFileName(QFile::encodeName(target).constData());
+    output.setErrorHandler(&errors);
+
+    QE::set_fp_state(false);
+    bool const done = compressor.process(input, compression, output);
+    QE::set_fp_state(true);
+    return done;
+}

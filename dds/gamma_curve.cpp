@@ -1,0 +1,48 @@
+#include "dds/gamma_curve.hpp"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace {
+
+constexpr float one_255th = 0.003921569F;
+
+/// A power in single precision, taken in double precision and rounded: a library's own single-precision power may
+/// differ in the last bit from one processor to the next.
+float power(float base, float exponent) {
+    return static_cast<float>(std::pow(static_cast<double>(base), static_cast<double>(exponent)));
+}
+
+int rounded_byte(float linear, float exponent) {
+    float const scaled = power(linear, 1.0F / exponent) * 255.0F;
+    return static_cast<int>(std::min(scaled + 0.5F, 255.0F));
+}
+
+}  // namespace
+
+GAMMA_CURVE::GAMMA_CURVE(float exponent) {
+    for (int value = 0; value < 256; ++value)
+        linear_[static_cast<std::size_t>(value)] = power(static_cast<float>(value) * one_255th, exponent);
+
+    // Floats that are not negative are ordered as their bits are, so a step is found by halving a range of bits.
+    for (int step = 0; step < 255; ++step) {
+        std::uint32_t below = std::bit_cast<std::uint32_t>(0.0F);
+        std::uint32_t above = std::bit_cast<std::uint32_t>(2.0F);
+        while (above - below > 1) {
+            std::uint32_t const middle = below + (above - below) / 2;
+            bool const reached = rounded_byte(std::bit_cast<float>(middle), exponent) > step;
+            (reached ? above : below) = middle;
+        }
+        steps_[static_cast<std::size_t>(step)] = std::bit_cast<float>(above);
+    }
+}
+
+std::uint8_t GAMMA_CURVE::to_byte(float linear) const {
+    return static_cast<std::uint8_t>(std::upper_bound(steps_.begin(), steps_.end(), linear) - steps_.begin());
+}
+
+GAMMA_CURVE const& GAMMA_CURVE::standard() {
+    static GAMMA_CURVE const curve(2.2F);
+    return curve;
+}

@@ -1,0 +1,219 @@
+#include "processor/action_dispatch.hpp"
+
+#include "dds/action_dds_n.hpp"
+#include "processor/host/action_error.hpp"
+#include "processor/host/paths.hpp"
+#include "processor/suffixed_working_path.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+bool ends_with(QString const& text, char const* suffix) {
+    return text.endsWith(QLatin1String(suffix));
+}
+
+bool is_image(QString const& path) {
+    constexpr std::array extensions = {".tga", ".tif", ".png", ".dds", ".fga"};
+    return std::any_of(extensions.begin(), extensions.end(),
+                       [&](char const* extension) { return ends_with(path, extension); });
+}
+
+bool is_true_word(QVariant const& value) {
+    QString const word = value.toString().toLower();
+    return word == QLatin1String("true") || word == QLatin1String("1");
+}
+
+bool is_positive_number(QVariant const& value) {
+    return !value.isNull() && value.toInt() > 0;
+}
+
+QString file_name(PHYSICAL_PATH const& path) {
+    return path.section(QLatin1Char('/'), -1);
+}
+
+}  // namespace
+
+ACTION_DISPATCH::ACTION_DISPATCH(PROCESSOR_INTERFACE& processor, FILE_MAP const& files, RULE_CACHE const& rules)
+    : processor_(processor),
+      files_(files),
+      rules_(rules) {
+}
+
+QVector<ACTION_INTERFACE*> ACTION_DISPATCH::create_actions() {
+    for (FILE_MAP::ENTRY const& file : files_)
+        dispatch(file);
+    take_over_faction_masks();
+    QVector<ACTION_INTERFACE*> actions;
+    actions.reserve(static_cast<int>(result_.size()));
+    for (auto& action : result_)
+        actions.append(action.release());
+    return actions;
+}
+
+void ACTION_DISPATCH::dispatch(FILE_MAP::ENTRY const& file) {
+    QString const& text = file.key;
+    // A list of texture names is no image: neither conversions nor atlases concern it.
+    if (ends_with(text, ".texture_array") || !is_image(text))
+        return;
+    PHYSICAL_PATH const& physical = file.value->physical_path;
+    SOURCE source{file.key,
+                  text,
+                  physical,
+                  PATHS::target_working_data(physical),
+                  rules_.get(file.key, QStringLiteral("Texture")),
+                  rules_.get(file.key, QStringLiteral("TextureOld")),
+                  {}};
+    bool const texture_rule_says_where = source.texture_rule.value(QStringLiteral("TargetPath")).isValid();
+    source.active_rule = texture_rule_says_where ? source.texture_rule : source.old_rule;
+    if (source.active_rule.exists())
+        dispatch_conversion(source);
+    dispatch_atlas(source);
+}
+
+void ACTION_DISPATCH::dispatch_conversion(SOURCE const& source) {
+    QString const& text = source.text;
+    QString const format = source.active_rule.value(QStringLiteral("Format")).toString().toLower();
+    bool const has_texture_rule = source.texture_rule.exists();
+
+    // Blend maps, and formats other than DDS: no action class of this library makes them.
+    if (ends_with(text, "_flow.tif") || ends_with(text, "_wear.tif") || ends_with(text, "_deposition.tif"))
+        return;
+    if (!format.isEmpty() && format != QLatin1String("dds"))
+        return;
+
+    // Packed maps are made from their primary source; the other sources of the stem make nothing of their own.
+    if (ends_with(text, "_curvature.tga"))
+        return;
+    if (ends_with(text, "_translucency.tga")) {
+        if (ends_with(text, "_curvature_translucency.tga"))
+            add_clash(QLatin1String("curvature_translucency map"), source);
+        return;
+    }
+    if (ends_with(text, "_gloss.tga") && !ends_with(text, "_spec_gloss.tga")) {
+        gloss_stems_.insert(text.left(text.size() - 10));
+        return;
+    }
+    if (ends_with(text, "_smoothness.tga")) {
+        smoothness_stems_.insert(text.left(text.size() - 15));
+        return;
+    }
+    if (ends_with(text, "_gloss_map.tga") && has_sibling(source, 8, QLatin1String(".tga")))
+        return add_clash(QLatin1String("gloss map"), source);
+    if (ends_with(text, "_material_map.tga") && has_sibling(source, 16, QLatin1String("smoothness.tga")))
+        return add_clash(QLatin1String("material map"), source);
+    if (ends_with(text, "_colormask.tga"))
+        return;
+    if (ends_with(text, "_billboard_normal.tga")) {
+        if (!has_sibling(source, 10, QLatin1String("displacement.tga")))
+            add_billboard_error(QLatin1String("Displacement map not found!"), source);
+        return;
+    }
+    if (ends_with(text, "_billboard_displacement.tga")) {
+        if (!has_sibling(source, 16, QLatin1String("normal.tga")))
+            add_billboard_error(QLatin1String("Normal map not found!"), source);
+        return;
+    }
+
+    // A plain ".tif" has no conversion to DDS; an ".fga" is no picture.
+    if (!ends_with(text, ".tga") && !ends_with(text, ".dds") && !ends_with(text, ".png"))
+        return;
+    if (source.active_rule.value(QStringLiteral("ExportExtraAlphaBlendTexture")).toBool() && has_texture_rule)
+        return export_alpha_blend_pair(source);
+    if (ends_with(text, ".tga"))
+        return add_conversion(convert_tga(source), source);
+    if (has_texture_rule)
+        add_conversion(std::make_unique<ACTION_DDS_N>(source.physical, processor_), source);
+}
+
+ACTION_DISPATCH::CONVERSION ACTION_DISPATCH::convert_tga(SOURCE const& source) {
+    QRegularExpressionMatch const mask = numbered_mask_.match(source.text);
+    if (mask.hasMatch()) {
+        // One action for all the masks of a stem, made by whichever comes first.
+        mask_stems_.insert(mask.captured(1));
+        return nullptr;
+    }
+    if (!source.texture_rule.exists())
+        return nullptr;
+    auto action = std::make_unique<ACTION_DDS_N>(source.physical, processor_);
+    if (ends_with(source.text, "_factionmask.tga"))
+        faction_masks_.insert(source.text.left(source.text.size() - 16), action.get());
+    return action;
+}
+
+void ACTION_DISPATCH::export_alpha_blend_pair(SOURCE const& source) {
+    auto const text_of = [&](char const* property) {
+        return source.active_rule.value(QLatin1String(property)).toString();
+    };
+    PHYSICAL_PATH const target(suffixed_working_path(source.physical, source.working_directory, QStringLiteral("_ab")));
+    auto plain = std::make_unique<ACTION_DDS_N>(source.physical, processor_);
+    auto alpha_blend = std::make_unique<ACTION_DDS_N>(
+        source.physical, processor_, target, text_of("ExtraAlphaBlendTextureCompressor"),
+        text_of("ExtraAlphaBlendCompressionFormat"), text_of("ExtraAlphaBlendPremultipliedAlpha"));
+    add_conversion(std::move(plain), source);
+    add_conversion(std::move(alpha_blend), source);
+}
+
+void ACTION_DISPATCH::dispatch_atlas(SOURCE const& source) {
+    RULE const rule = rules_.get(source.logical, QStringLiteral("Atlas"));
+    if (!rule.exists())
+        return;
+    bool const is_complete = !rule.value(QStringLiteral("TargetBaseName")).isNull() &&
+                             is_positive_number(rule.value(QStringLiteral("Width"))) &&
+                             is_positive_number(rule.value(QStringLiteral("Height")));
+    if (!is_complete)
+        add_error(QStringLiteral("Create atlas"),
+                  QStringLiteral("No target base name or width or height has been specified in the rule!"), source);
+}
+
+/// A gloss map takes the faction mask of its stem in, so that mask gets no texture of its own.
+void ACTION_DISPATCH::take_over_faction_masks() {
+    QSet<ACTION_INTERFACE*> taken;
+    for (QString const& stem : qAsConst(gloss_stems_)) {
+        for (ACTION_CONVERT* const action : faction_masks_.values(stem))
+            taken.insert(action);
+    }
+    if (!taken.isEmpty())
+        std::erase_if(result_, [&](auto const& action) { return taken.contains(action.get()); });
+}
+
+void ACTION_DISPATCH::add_conversion(CONVERSION action, SOURCE const& source) {
+    if (!action)
+        return;
+    RULE const& rule = source.active_rule;
+    if (rule.value(QStringLiteral("TargetPath")).isNull()) {
+        action->set_error(QStringLiteral("No target path has been specified in the rule!"));
+    } else {
+        QString const folder = PATHS::relative_target_path_from_rule_path(rule, QStringLiteral("TargetPath"),
+                                                                          source.logical, source.physical);
+        action->set_target_path(PHYSICAL_PATH(source.working_directory + QLatin1Char('/') + folder));
+    }
+    QVariant const& base_name = rule.value(QStringLiteral("TargetBaseName"));
+    if (!base_name.isNull())
+        action->set_target_base_name(base_name.toString());
+    result_.push_back(std::move(action));
+}
+
+void ACTION_DISPATCH::add_error(QString const& name, QString const& message, SOURCE const& source) {
+    auto action = std::make_unique<ACTION_ERROR>(name, message, processor_);
+    action->add_source_file(source.logical);
+    result_.push_back(std::move(action));
+}
+
+void ACTION_DISPATCH::add_clash(QLatin1String what, SOURCE const& source) {
+    add_error(QStringLiteral("Convert texture (%1)").arg(file_name(source.physical)),
+              QStringLiteral("This action is clashing with the %1 generation of the same texture. You probably don't "
+                             "need this file as a raw data.")
+                  .arg(what),
+              source);
+}
+
+void ACTION_DISPATCH::add_billboard_error(QLatin1String message, SOURCE const& source) {
+    add_error(QStringLiteral("Convert billboard (%1)").arg(file_name(source.physical)), message, source);
+}
+
+/// Whether the table holds the source's logical path with its last `cut` characters replaced by `ending`.
+bool ACTION_DISPATCH::has_sibling(SOURCE const& source, int cut, QLatin1String ending) const {
+    return files_.contains(LOGICAL_PATH(source.text.left(source.text.size() - cut) + ending));
+}
