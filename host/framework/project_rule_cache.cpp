@@ -1,0 +1,201 @@
+// A build asks for the rules of every path several times over, so the work is done per folder and per set of tables,
+// not per path: a folder with a rule file (its scope) knows which tables can apply there at all, and all paths for
+// which the same tables of a scope match share one resolved rule. A question costs the search of the scope, the match
+// of those tables that have patterns, and one look-up.
+#include "host/framework/project_rule_cache.hpp"
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <shared_mutex>
+#include <unordered_map>
+
+namespace framework {
+
+namespace {
+
+QLatin1String const raw_token("<raw>/");
+
+struct TEXT_HASH {
+    using is_transparent = void;
+    std::size_t operator()(QStringView text) const { return qHash(text); }
+};
+struct TEXT_EQUAL {
+    using is_transparent = void;
+    bool operator()(QStringView left, QStringView right) const { return left == right; }
+};
+
+// One table as a scope sees it.
+struct SCOPED_TABLE {
+    RULE_TABLE const* table;
+    // How many sections of a path's way below the raw root belong to the folder of the table's file.
+    std::size_t depth;
+};
+
+// The tables of one name that can apply in one scope, and the rules already put together from them.
+struct LAYERS {
+    std::vector<SCOPED_TABLE> tables;
+    bool has_patterns = false;
+    // Which tables match (one bit for each) to the rule that they make.
+    std::map<std::vector<bool>, RULE> resolved;
+};
+
+struct SCOPE {
+    std::unordered_map<QString, LAYERS, TEXT_HASH, TEXT_EQUAL> layers;
+};
+
+// Where the last section of the path begins to be separate: the folder's length.
+QStringView folder_of(QStringView path) {
+    for (qsizetype i = path.size() - 1; i >= 0; --i)
+        if (path[i] == u'/')
+            return path.left(i);
+    return {};
+}
+
+RULE resolve(LAYERS const& layers, std::vector<bool> const& matching) {
+    auto values = std::make_shared<RULE_VALUES>();
+    bool exists = false;
+    for (std::size_t i = 0; i < layers.tables.size(); ++i) {
+        if (!matching[i])
+            continue;
+        exists = true;
+        for (RULE_VALUES::VALUE const& value : layers.tables[i].table->values)
+            values->set(value);
+    }
+    return exists ? RULE(std::move(values)) : RULE();
+}
+
+// Which tables match the path below the raw root.
+std::vector<bool> match(LAYERS const& layers, QStringView path) {
+    std::vector<bool> matching(layers.tables.size(), true);
+    if (!layers.has_patterns)
+        return matching;
+    std::vector<QStringView> sections;
+    split_path(path, sections);
+    std::vector<QStringView> below;
+    for (std::size_t i = 0; i < layers.tables.size(); ++i) {
+        SCOPED_TABLE const& scoped = layers.tables[i];
+        if (scoped.table->match.is_empty())
+            continue;
+        below.assign(sections.begin() + static_cast<std::ptrdiff_t>(std::min(scoped.depth, sections.size())),
+                     sections.end());
+        matching[i] = scoped.table->match.matches(below);
+    }
+    return matching;
+}
+
+}  // namespace
+
+struct PROJECT_RULE_CACHE::STATE {
+    std::vector<RULE_FILE> files;
+    std::unordered_map<QString, SCOPE, TEXT_HASH, TEXT_EQUAL> scopes;
+    QMap<QString, RULE> globals;
+    // Guards every LAYERS::resolved; all else is settled by the constructor.
+    mutable std::shared_mutex mutex;
+
+    // The layers that apply to a path below the raw root; null when there are none.
+    LAYERS* layers(QStringView path, QString const& rule_name) {
+        QStringView folder = folder_of(path);
+        while (true) {
+            auto const scope = scopes.find(folder);
+            if (scope != scopes.end()) {
+                auto const found = scope->second.layers.find(rule_name);
+                return found == scope->second.layers.end() ? nullptr : &found->second;
+            }
+            // The root itself always is a scope.
+            folder = folder_of(folder);
+        }
+    }
+};
+
+PROJECT_RULE_CACHE::PROJECT_RULE_CACHE(PROJECT const& project, std::vector<RULE_FILE> files)
+    : state_(std::make_unique<STATE>()) {
+    state_->files.push_back(project.rules);
+    state_->files.back().folder.clear();
+    // A folder sorts before the folders in it.
+    std::sort(files.begin(), files.end(),
+              [](RULE_FILE const& left, RULE_FILE const& right) { return left.folder < right.folder; });
+    std::move(files.begin(), files.end(), std::back_inserter(state_->files));
+
+    // The project file and the root's own rule file share the root's scope.
+    state_->scopes[QString()];
+    for (RULE_FILE const& file : state_->files) {
+        auto scope = state_->scopes.find(file.folder);
+        if (scope == state_->scopes.end()) {
+            QStringView above = folder_of(file.folder);
+            while (!state_->scopes.contains(above))
+                above = folder_of(above);
+            SCOPE inherited = state_->scopes.find(above)->second;
+            scope = state_->scopes.emplace(file.folder, std::move(inherited)).first;
+        }
+        std::vector<QStringView> sections;
+        split_path(file.folder, sections);
+        for (RULE_TABLE const& table : file.rules) {
+            LAYERS& layers = scope->second.layers[table.name];
+            layers.tables.push_back({&table, sections.size()});
+            layers.has_patterns = layers.has_patterns || !table.match.is_empty();
+        }
+    }
+
+    for (RULE_VALUES::VALUE const& value : project.globals) {
+        auto values = std::make_shared<RULE_VALUES>();
+        values->set(value);
+        state_->globals.insert(value.property.toCaseFolded(), RULE(std::move(values)));
+    }
+}
+
+PROJECT_RULE_CACHE::~PROJECT_RULE_CACHE() = default;
+
+RULE PROJECT_RULE_CACHE::get(LOGICAL_PATH const& path, QString const& rule_name) const {
+    if (!path.text().startsWith(raw_token))
+        return {};
+    QStringView const below = QStringView(path.text()).mid(raw_token.size());
+    LAYERS* const layers = state_->layers(below, rule_name);
+    if (!layers)
+        return {};
+    std::vector<bool> const matching = match(*layers, below);
+    {
+        std::shared_lock const lock(state_->mutex);
+        auto const found = layers->resolved.find(matching);
+        if (found != layers->resolved.end())
+            return found->second;
+    }
+    std::unique_lock const lock(state_->mutex);
+    return layers->resolved.try_emplace(matching, resolve(*layers, matching)).first->second;
+}
+
+RULE PROJECT_RULE_CACHE::get_global(QString const& rule_name) const {
+    return state_->globals.value(rule_name.toCaseFolded());
+}
+
+std::vector<QString> PROJECT_RULE_CACHE::rule_names() const {
+    std::vector<QString> names;
+    for (RULE_FILE const& file : state_->files)
+        for (RULE_TABLE const& table : file.rules)
+            names.push_back(table.name);
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
+std::vector<RULE_TABLE const*> PROJECT_RULE_CACHE::matching_tables(LOGICAL_PATH const& path,
+                                                                   QString const& rule_name) const {
+    std::vector<RULE_TABLE const*> tables;
+    if (!path.text().startsWith(raw_token))
+        return tables;
+    QStringView const below = QStringView(path.text()).mid(raw_token.size());
+    LAYERS const* const layers = state_->layers(below, rule_name);
+    if (!layers)
+        return tables;
+    std::vector<bool> const matching = match(*layers, below);
+    for (std::size_t i = 0; i < matching.size(); ++i)
+        if (matching[i])
+            tables.push_back(layers->tables[i].table);
+    return tables;
+}
+
+std::vector<RULE_FILE> const& PROJECT_RULE_CACHE::files() const {
+    return state_->files;
+}
+
+}  // namespace framework
