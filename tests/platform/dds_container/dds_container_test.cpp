@@ -57,7 +57,7 @@ TEST(dds_header, is_read_as_files_in_the_wild_fill_it) {
         std::uint64_t payload;
         bool has_alpha;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {"one level, count 0, no flags", dxt1_8, 1, 1, 1, 1, DXGI::bc1_unorm, 32, true},
         {"a chain", with(dxt1_8, {{mips, 4}}), 4, 1, 1, 1, DXGI::bc1_unorm, 32 + 8 + 8 + 8, true},
         {"sides that are no multiple of 4",
@@ -128,7 +128,7 @@ TEST(dds_header, tells_legacy_texels_apart) {
         PIXEL_MASKS masks;
         std::uint32_t bytes;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {{{pf_flags, is_rgb | has_alpha},
           {bits, 32},
           {red, 0xff0000},
@@ -177,10 +177,10 @@ TEST(dds_header, is_refused_with_its_reason) {
         BYTES file;
         char const* cause;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {{'D', 'D', 'S'}, "this is not a DDS file"},
         {BYTES(128, 'D'), "this is not a DDS file"},
-        {BYTES(header(dxt1_8).begin(), header(dxt1_8).begin()), "this is not a DDS file"},
+        {{}, "this is not a DDS file"},
         {[] {
              BYTES file = header(dxt1_8);
              file.resize(127);
@@ -285,7 +285,7 @@ TEST(dds_writing, is_undone_by_reading) {
     grey.masks = {8, 0xff, 0, 0, 0, true};
     DDS_DESCRIPTION premultiplied = make(HEADER_KIND::legacy, 4, 1, DXGI::bc2_unorm);
     premultiplied.is_premultiplied = true;
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {"a chain", make(HEADER_KIND::legacy, 8, 4, DXGI::bc1_unorm), {32, 8, 8, 8}},
         {"masks by number", make(HEADER_KIND::legacy, 2, 1, DXGI::b8g8r8a8_unorm), {16}},
         {"signed masks", make(HEADER_KIND::legacy, 2, 1, DXGI::r8g8_snorm), {8}},

@@ -21,7 +21,7 @@ TEST(convert, reads_every_texel_layout) {
         BYTES texel;
         std::array<std::uint8_t, 4> rgba;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {TTF_R8G8B8A8, {1, 2, 3, 4}, {1, 2, 3, 4}},
         {TTF_B8G8R8A8, {1, 2, 3, 4}, {3, 2, 1, 4}},
         {TTF_B8G8R8X8, {1, 2, 3, 4}, {3, 2, 1, 255}},

@@ -35,7 +35,7 @@ TEST(image_numbers, are_those_that_other_programs_know) {
         DXGI dxgi;
         std::uint32_t number;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {DXGI::bc1_unorm, 9},       {DXGI::bc1_unorm_srgb, 12}, {DXGI::bc5_unorm, 44}, {DXGI::bc5_snorm, 45},
         {DXGI::bc6h_uf16, 46},      {DXGI::bc6h_sf16, 47},      {DXGI::bc7_unorm, 48}, {DXGI::bc7_unorm_srgb, 49},
         {DXGI::r8g8b8a8_unorm, 51}, {DXGI::b8g8r8a8_unorm, 52},
@@ -98,7 +98,7 @@ TEST(image_from_dds, takes_single_pictures_only_but_reads_all_headers) {
         char const* cause;
         TEXTURE_TEXEL_FORMAT format;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {dds(cube, std::vector<BYTES>(6, BYTES(8))), "a cube map: only two-dimensional images can be converted",
          TTF_BC1},
         {dds(volume, {BYTES(16)}), "a volume: only two-dimensional images can be converted", TTF_R16G16B16A16_FLOAT},

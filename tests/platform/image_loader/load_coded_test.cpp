@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 
 namespace {
@@ -27,7 +28,7 @@ TEST(image_from_png, keeps_red_first_and_alpha_of_every_kind) {
         PNG_FILE png;
         BYTES texels;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {"RGBA", {1, 2, 8, 6, {}, {}, false, {0, 1, 2, 3, 4, 0, 5, 6, 7, 8}}, {1, 2, 3, 4, 5, 6, 7, 8}},
         {"RGB", {1, 1, 8, 2, {}, {}, false, {0, 1, 2, 3}}, {1, 2, 3, 255}},
         {"RGB with a colour key",
@@ -77,28 +78,30 @@ BYTES floats(std::initializer_list<float> values) {
 TEST(image_from_tif, becomes_blue_first) {
     struct CASE {
         char const* name;
-        TIF_FILE tif;
+        BYTES file;
         BYTES texels;
     };
-    CASE const cases[] = {
-        {"RGB", {1, 2, 8, 3, 2, 1, false, {1, 2, 3, 4, 5, 6}}, {3, 2, 1, 255, 6, 5, 4, 255}},
-        {"RGBA", {1, 1, 8, 4, 2, 1, true, {1, 2, 3, 4}}, {3, 2, 1, 4}},
-        {"grey", {2, 1, 8, 1, 1, 1, false, {9, 7}}, {9, 9, 9, 255, 7, 7, 7, 255}},
-        {"grey, white is 0", {1, 1, 8, 1, 0, 1, false, {9}}, {246, 246, 246, 255}},
-        {"grey and alpha", {1, 1, 8, 2, 1, 1, true, {9, 7}}, {9, 9, 9, 7}},
-        {"CMYK", {1, 1, 8, 4, 5, 1, false, {255, 0, 0, 0}}, {255, 255, 0, 255}},
-        {"grey of 16 bits", {1, 1, 16, 1, 1, 1, false, {0xff, 0x80}}, {128, 128, 128, 255}},
-        {"RGB of 16 bits", {1, 1, 16, 3, 2, 1, false, {1, 1, 2, 2, 3, 3}}, {3, 2, 1, 255}},
-        {"RGBA of 16 bits", {1, 1, 16, 4, 2, 1, true, {1, 1, 2, 2, 3, 3, 4, 4}}, {3, 2, 1, 4}},
-        {"grey and alpha of 16 bits", {1, 1, 16, 2, 1, 1, true, {9, 9, 7, 7}}, {9, 9, 9, 7}},
-        {"CMYK of 16 bits", {1, 1, 16, 4, 5, 1, false, {0xff, 0xff, 0, 0, 0, 0, 0, 0}}, {255, 255, 0, 255}},
-        {"float grey", {2, 1, 32, 1, 1, 3, false, floats({0.5f, 7.0f})}, {128, 128, 128, 255, 255, 255, 255, 255}},
-        {"float RGB", {1, 1, 32, 3, 2, 3, false, floats({-1.0f, 0.2f, 1.0f})}, {255, 51, 0, 255}},
-        {"float RGBA", {1, 1, 32, 4, 2, 3, true, floats({0.0f, 0.2f, 1.0f, 0.4f})}, {255, 51, 0, 102}},
+    static CASE const cases[] = {
+        {"RGB", make_tif({1, 2, 8, 3, 2, 1, false, {1, 2, 3, 4, 5, 6}}), {3, 2, 1, 255, 6, 5, 4, 255}},
+        {"RGBA", make_tif({1, 1, 8, 4, 2, 1, true, {1, 2, 3, 4}}), {3, 2, 1, 4}},
+        {"grey", make_tif({2, 1, 8, 1, 1, 1, false, {9, 7}}), {9, 9, 9, 255, 7, 7, 7, 255}},
+        {"grey, white is 0", make_tif({1, 1, 8, 1, 0, 1, false, {9}}), {246, 246, 246, 255}},
+        {"grey and alpha", make_tif({1, 1, 8, 2, 1, 1, true, {9, 7}}), {9, 9, 9, 7}},
+        {"CMYK", make_tif({1, 1, 8, 4, 5, 1, false, {255, 0, 0, 0}}), {255, 255, 0, 255}},
+        {"grey of 16 bits", make_tif({1, 1, 16, 1, 1, 1, false, {0xff, 0x80}}), {128, 128, 128, 255}},
+        {"RGB of 16 bits", make_tif({1, 1, 16, 3, 2, 1, false, {1, 1, 2, 2, 3, 3}}), {3, 2, 1, 255}},
+        {"RGBA of 16 bits", make_tif({1, 1, 16, 4, 2, 1, true, {1, 1, 2, 2, 3, 3, 4, 4}}), {3, 2, 1, 4}},
+        {"grey and alpha of 16 bits", make_tif({1, 1, 16, 2, 1, 1, true, {9, 9, 7, 7}}), {9, 9, 9, 7}},
+        {"CMYK of 16 bits", make_tif({1, 1, 16, 4, 5, 1, false, {0xff, 0xff, 0, 0, 0, 0, 0, 0}}), {255, 255, 0, 255}},
+        {"float grey",
+         make_tif({2, 1, 32, 1, 1, 3, false, floats({0.5f, 7.0f})}),
+         {128, 128, 128, 255, 255, 255, 255, 255}},
+        {"float RGB", make_tif({1, 1, 32, 3, 2, 3, false, floats({-1.0f, 0.2f, 1.0f})}), {255, 51, 0, 255}},
+        {"float RGBA", make_tif({1, 1, 32, 4, 2, 3, true, floats({0.0f, 0.2f, 1.0f, 0.4f})}), {255, 51, 0, 102}},
     };
     for (CASE const& c : cases) {
         SCOPED_TRACE(c.name);
-        IMAGE const image(make_tif(c.tif));
+        IMAGE const image(c.file);
         ASSERT_TRUE(image.valid()) << image.cause();
         EXPECT_EQ(image.texel_format(), TTF_B8G8R8A8);
         EXPECT_EQ(image.image_format(), IMAGE_FORMAT::tif);
@@ -108,8 +111,9 @@ TEST(image_from_tif, becomes_blue_first) {
 
 // A grey JPG of 8 × 8 texels of 128: its one coefficient is 0, so tables of one code each are enough.
 BYTES grey_jpg() {
-    BYTES file = {0xff, 0xd8, 0xff, 0xdb, 0, 67, 0};
-    file.insert(file.end(), 64, 1);
+    BYTES file(7 + 64, 1);
+    BYTES const start = {0xff, 0xd8, 0xff, 0xdb, 0, 67, 0};
+    std::copy(start.begin(), start.end(), file.begin());
     BYTES const rest = {
         0xff, 0xc0, 0, 11, 8,    0, 8, 0, 8,  1, 1,    0x11, 0,                               // frame
         0xff, 0xc4, 0, 20, 0x00, 1, 0, 0, 0,  0, 0,    0,    0,   0, 0, 0, 0, 0, 0, 0, 0, 0,  // DC: 0 → 0
@@ -149,7 +153,7 @@ TEST(image_from_coded_files, is_refused_with_its_reason) {
         BYTES file;
         char const* cause;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {{}, "this is no DDS, PNG, JPG or TIF file"},
         {BYTES(100, 'x'), "this is no DDS, PNG, JPG or TIF file"},
         {cut, "the PNG file is damaged or of a kind that is not supported"},

@@ -37,7 +37,7 @@ TEST(picture, comes_red_first_from_every_kind_of_file) {
         std::uint32_t level, slice;
         BYTES rgba;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {".TGA", tga, 0, 0, {3, 2, 1, 4}},
         {".png", platform_test::make_png({1, 1, 8, 6, {}, {}, false, {0, 1, 2, 3, 4}}), 0, 0, {1, 2, 3, 4}},
         {".tif", platform_test::make_tif({1, 1, 8, 4, 2, 1, true, {1, 2, 3, 4}}), 0, 0, {1, 2, 3, 4}},
@@ -102,7 +102,7 @@ TEST(description, says_what_a_file_holds) {
         char const* format;
         bool has_alpha;
     };
-    CASE const pngs[] = {
+    static CASE const pngs[] = {
         {{1, 1, 8, 6, {}, {}, false, {0, 1, 2, 3, 4}}, "32-bit RGBA", true},
         {{1, 1, 8, 2, {}, {}, false, {0, 1, 2, 3}}, "24-bit RGB", false},
         {{1, 1, 16, 0, {}, {}, false, {0, 1, 2}}, "16-bit grey", false},
@@ -122,7 +122,7 @@ TEST(description, names_legacy_texels_by_their_channels) {
         dds_container::PIXEL_MASKS masks;
         char const* name;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {{32, 0xff0000, 0xff00, 0xff, 0xff000000}, "A8R8G8B8"},
         {{24, 0xff, 0xff00, 0xff0000, 0}, "B8G8R8"},
         {{16, 0x7c00, 0x3e0, 0x1f, 0}, "X1R5G5B5"},

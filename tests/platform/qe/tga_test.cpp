@@ -65,7 +65,7 @@ TEST(tga, reads_every_coding) {
         std::uint32_t height;
         BYTES texels;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {"24 bits", tga(2, 2, 1, 24, top, {1, 2, 3, 4, 5, 6}), 2, 1, {1, 2, 3, 255, 4, 5, 6, 255}},
         {"bottom row first", tga(2, 1, 2, 24, 0, {1, 2, 3, 4, 5, 6}), 1, 2, {4, 5, 6, 255, 1, 2, 3, 255}},
         {"right texel first",
@@ -148,7 +148,7 @@ TEST(tga, refuses_headers_and_goes_back) {
         BYTES file;
         char const* cause;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {BYTES(17, 0), "the file has 17 bytes, too few for a TGA header"},
         {tga(0, 1, 1, 24, top, {1, 2, 3}), "TGA image type 0 is not supported"},
         {tga(32, 1, 1, 24, top, {1, 2, 3}), "TGA image type 32 is not supported"},
@@ -184,7 +184,7 @@ TEST(tga, refuses_texels_before_taking_memory) {
         char const* cause;
     };
     BYTES const many_runs(4194560, 0xff);
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {tga(2, 65535, 65535, 32, top, BYTES(10)),
          "the header announces 65535 x 65535 texels of 32 bits (17179344900 bytes), but only 10 bytes follow"},
         {tga(2, 2, 1, 24, top, BYTES(5)),
@@ -218,7 +218,7 @@ TEST(tga, refuses_damaged_texels) {
         BYTES file;
         char const* cause;
     };
-    CASE const cases[] = {
+    static CASE const cases[] = {
         {tga(11, 2, 2, 8, top, {0x80, 1, 0x80, 1, 0x80}),
          "the header announces 2 x 2 texels of 8 bits (4 bytes), but its texels end in row 1"},
         {tga(10, 2, 2, 24, top, {0x03, 1, 2, 3, 4, 5, 6, 7, 8, 9}),
