@@ -20,11 +20,6 @@ bool is_image(QString const& path) {
                        [&](char const* extension) { return ends_with(path, extension); });
 }
 
-bool is_true_word(QVariant const& value) {
-    QString const word = value.toString().toLower();
-    return word == QLatin1String("true") || word == QLatin1String("1");
-}
-
 bool is_positive_number(QVariant const& value) {
     return !value.isNull() && value.toInt() > 0;
 }

@@ -73,17 +73,17 @@ void ACTION_INTERFACE::note_version_control(std::optional<QString> const& failur
 
 void ACTION_INTERFACE::add_to_perforce(PHYSICAL_PATH const& file, FILE_MAP const&, bool, QString const&) {
     registered_.append({file, REGISTERED_FILE::KIND::added});
-    note_version_control(VERSION_CONTROL::current().add(file));
+    note_version_control(framework::VERSION_CONTROL::current().add(file));
 }
 
 void ACTION_INTERFACE::remove_from_perforce(PHYSICAL_PATH const& file, FILE_MAP const&) {
     registered_.append({file, REGISTERED_FILE::KIND::removed});
-    note_version_control(VERSION_CONTROL::current().remove(file));
+    note_version_control(framework::VERSION_CONTROL::current().remove(file));
 }
 
 void ACTION_INTERFACE::revert_from_perforce(PHYSICAL_PATH const& file, FILE_MAP const&) {
     registered_.append({file, REGISTERED_FILE::KIND::reverted});
-    note_version_control(VERSION_CONTROL::current().revert(file));
+    note_version_control(framework::VERSION_CONTROL::current().revert(file));
 }
 
 bool ACTION_INTERFACE::add_to_asset_graph_and_save(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder,
@@ -93,7 +93,7 @@ bool ACTION_INTERFACE::add_to_asset_graph_and_save(QTSHARED::ASSET_FRAGMENT_BUIL
         return false;
     }
     QString error;
-    if (!s_asset_graph->add(builder, error) || !save_asset_fragment_file(builder, error)) {
+    if (!s_asset_graph->add(builder, error) || !framework::save_asset_fragment_file(builder, error)) {
         add_output_line(error);
         return false;
     }

@@ -5,6 +5,8 @@
 #include <QSaveFile>
 #include <QXmlStreamWriter>
 
+namespace framework {
+
 bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, QString& error) {
     QSaveFile file(builder.id());
     if (!file.open(QIODevice::WriteOnly)) {
@@ -40,3 +42,5 @@ bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, Q
     }
     return true;
 }
+
+}  // namespace framework

@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QProcess>
 
+namespace framework {
+
 COMMAND_RESULT run_command(QString const& program, QStringList const& arguments, QString const& folder) {
     QProcess process;
     process.setWorkingDirectory(folder);
@@ -29,3 +31,5 @@ QString COMMAND_RESULT::cause() const {
     }
     return started ? QStringLiteral("exit code %1").arg(exit_code) : QStringLiteral("not started");
 }
+
+}  // namespace framework

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace framework {
+
 struct COMMAND_RESULT {
     /// False when the program could not be started at all.
     bool started = false;
@@ -18,3 +20,5 @@ struct COMMAND_RESULT {
 };
 
 COMMAND_RESULT run_command(QString const& program, QStringList const& arguments, QString const& folder);
+
+}  // namespace framework

@@ -3,6 +3,8 @@
 #include "host/framework/version_control_git.hpp"
 #include "host/framework/version_control_perforce.hpp"
 
+namespace framework {
+
 namespace {
 
 class VERSION_CONTROL_NONE : public VERSION_CONTROL {
@@ -37,3 +39,5 @@ VERSION_CONTROL& VERSION_CONTROL::current() {
 void VERSION_CONTROL::set_current(VERSION_CONTROL* version_control) {
     s_current = version_control;
 }
+
+}  // namespace framework

@@ -11,6 +11,8 @@
 #include <memory>
 #include <optional>
 
+namespace framework {
+
 class ZAB_SHARED_API VERSION_CONTROL {
 public:
     /// All operations return nothing when they succeeded, else one line that names the file and the cause. They may be
@@ -36,3 +38,5 @@ public:
     /// Borrowed; null takes the choice back.
     static void set_current(VERSION_CONTROL* version_control);
 };
+
+}  // namespace framework

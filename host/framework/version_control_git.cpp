@@ -4,6 +4,8 @@
 
 #include <QMutexLocker>
 
+namespace framework {
+
 namespace {
 
 /// A path that git takes as it stands, whatever wild cards its name seems to hold.
@@ -41,3 +43,5 @@ VERSION_CONTROL::FAILURE VERSION_CONTROL_GIT::revert(PHYSICAL_PATH const& file) 
     // A file that HEAD does not hold has nothing to come back from: being forgotten is all that a revert can do for it.
     return restored ? remove(file) : restored;
 }
+
+}  // namespace framework

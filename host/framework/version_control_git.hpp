@@ -7,6 +7,8 @@
 #include <QMutex>
 #include <QStringList>
 
+namespace framework {
+
 class VERSION_CONTROL_GIT : public VERSION_CONTROL {
 public:
     explicit VERSION_CONTROL_GIT(PHYSICAL_PATH const& folder) : folder_(folder) {}
@@ -23,3 +25,5 @@ private:
     /// Git's index has room for one writer.
     QMutex mutex_;
 };
+
+}  // namespace framework

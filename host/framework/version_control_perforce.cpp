@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+namespace framework {
+
 namespace {
 
 /// The server takes these four characters of a file name for wild cards and revision marks unless they are encoded.
@@ -72,3 +74,5 @@ VERSION_CONTROL::FAILURE VERSION_CONTROL_PERFORCE::remove(PHYSICAL_PATH const& f
 VERSION_CONTROL::FAILURE VERSION_CONTROL_PERFORCE::revert(PHYSICAL_PATH const& file) {
     return p4({QStringLiteral("revert")}, file, "revert");
 }
+
+}  // namespace framework

@@ -6,6 +6,8 @@
 
 #include <QStringList>
 
+namespace framework {
+
 class VERSION_CONTROL_PERFORCE : public VERSION_CONTROL {
 public:
     explicit VERSION_CONTROL_PERFORCE(PHYSICAL_PATH const& folder) : folder_(folder) {}
@@ -22,3 +24,5 @@ private:
 
     PHYSICAL_PATH folder_;
 };
+
+}  // namespace framework

@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QXmlStreamReader>
 
+namespace framework {
+
 bool XML_TABLES::load(QString const& table, QString const& path, QString& error) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
@@ -59,3 +61,5 @@ QString XML_TABLES::value(QString const& table, QString const& key, QString cons
         return {};
     return found->rows.value(key.toCaseFolded()).value(column.toCaseFolded());
 }
+
+}  // namespace framework

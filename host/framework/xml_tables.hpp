@@ -11,6 +11,8 @@
 
 #include <QHash>
 
+namespace framework {
+
 class ZAB_SHARED_API XML_TABLES : public NR_XML_QUERY_INTERFACE {
 public:
     /// False with a line "path:line:column: error: text" when the file cannot be read, is not of this form, or has two
@@ -29,3 +31,5 @@ private:
     };
     QHash<QString, TABLE> tables_;
 };
+
+}  // namespace framework
