@@ -18,7 +18,7 @@ bool lies_in(QString const& path, QString const& folder) {
 BUILD_SESSION::~BUILD_SESSION() {
     ACTION_INTERFACE::s_asset_graph = nullptr;
     ACTION_INTERFACE::s_database = nullptr;
-    VERSION_CONTROL::set_current(nullptr);
+    framework::VERSION_CONTROL::set_current(nullptr);
 }
 
 EXIT_CODE BUILD_SESSION::report(framework::DIAGNOSTICS const& diagnostics) const {
@@ -59,9 +59,9 @@ EXIT_CODE BUILD_SESSION::scan() {
     QString const raw = QFileInfo(project_->raw).canonicalFilePath();
     QString const working = QFileInfo(project_->working).canonicalFilePath();
     if (!raw.isEmpty() && !working.isEmpty() && (lies_in(raw, working) || lies_in(working, raw)))
-        diagnostics.push_back({framework::DIAGNOSTIC::SEVERITY::error, project_->working, 0, 0,
-                               QStringLiteral("leads to \"%1\", which is not apart from the raw root \"%2\"")
-                                   .arg(working, raw)});
+        diagnostics.push_back(
+            {framework::DIAGNOSTIC::SEVERITY::error, project_->working, 0, 0,
+             QStringLiteral("leads to \"%1\", which is not apart from the raw root \"%2\"").arg(working, raw)});
     return report(diagnostics);
 }
 
@@ -94,8 +94,8 @@ EXIT_CODE BUILD_SESSION::load_plugin() {
 }
 
 EXIT_CODE BUILD_SESSION::create_actions() {
-    version_control_ = VERSION_CONTROL::make(project_->version_control, PHYSICAL_PATH(project_->folder));
-    VERSION_CONTROL::set_current(version_control_.get());
+    version_control_ = framework::VERSION_CONTROL::make(project_->version_control, PHYSICAL_PATH(project_->folder));
+    framework::VERSION_CONTROL::set_current(version_control_.get());
     ACTION_INTERFACE::s_database = &tables_;
     ACTION_INTERFACE::s_asset_graph = &asset_graph_;
     for (auto const& [path, entry] : files_.map)

@@ -1,5 +1,5 @@
-// A project opened for one command, stage by stage: project file, scan, rules, plug-in, actions. Commands ask for as far as
-// they need; a stage that fails has said why and ends the command.
+// A project opened for one command, stage by stage: project file, scan, rules, plug-in, actions. Commands ask for as
+// far as they need; a stage that fails has said why and ends the command.
 #pragma once
 
 #include "host/framework/file_scan.hpp"
@@ -35,8 +35,8 @@ public:
     std::vector<std::unique_ptr<ACTION_INTERFACE>> const& actions() const { return actions_; }
     QTSHARED::ASSET_GRAPH& asset_graph() { return asset_graph_; }
 
-    /// A path from the command line, taken from the current folder, as a path of this project ("<raw>/...", "<working>/...");
-    /// nothing when it lies outside both roots. It may be given as a logical path as well.
+    /// A path from the command line, taken from the current folder, as a path of this project ("<raw>/...",
+    /// "<working>/..."); nothing when it lies outside both roots. It may be given as a logical path as well.
     std::optional<QString> project_path(std::string const& given) const;
 
 private:
@@ -50,10 +50,10 @@ private:
     COMMON_OPTIONS const& options_;
     HOST_SCHEMAS schemas_;
     std::optional<framework::PROJECT> project_;
-    std::unique_ptr<VERSION_CONTROL> version_control_;
+    std::unique_ptr<framework::VERSION_CONTROL> version_control_;
     framework::SCANNED_FILES files_;
     std::optional<framework::PROJECT_RULE_CACHE> rules_;
-    XML_TABLES tables_;
+    framework::XML_TABLES tables_;
     QTSHARED::ASSET_GRAPH asset_graph_;
     // Before the actions, which refer to the processors.
     PLUGIN_HOST plugin_;

@@ -1,5 +1,5 @@
-// One subcommand: what it is called, its options, and what it does. Each stands in a file of its own, command_*.cpp; the
-// options that every command has are in COMMON_OPTIONS, so that a flag means the same thing everywhere.
+// One subcommand: what it is called, its options, and what it does. Each stands in a file of its own, command_*.cpp;
+// the options that every command has are in COMMON_OPTIONS, so that a flag means the same thing everywhere.
 #pragma once
 
 #include "host/tool/console.hpp"

@@ -17,8 +17,8 @@ void CONSOLE::set_color(COLOR_MODE mode) {
     char const* const terminal = std::getenv("TERM");
     error_is_terminal_ = isatty(STDERR_FILENO) && !(terminal && std::string_view(terminal) == "dumb");
     // https://no-color.org
-    colored_ = mode == COLOR_MODE::always ||
-               (mode == COLOR_MODE::automatic && error_is_terminal_ && !is_set("NO_COLOR"));
+    colored_ =
+        mode == COLOR_MODE::always || (mode == COLOR_MODE::automatic && error_is_terminal_ && !is_set("NO_COLOR"));
 }
 
 void CONSOLE::write(std::FILE* stream, QString const& line) {
@@ -52,8 +52,8 @@ void CONSOLE::report(framework::DIAGNOSTICS const& diagnostics) {
     for (framework::DIAGNOSTIC const& diagnostic : diagnostics) {
         bool const is_error = diagnostic.severity == framework::DIAGNOSTIC::SEVERITY::error;
         if (is_error || verbosity_ != VERBOSITY::quiet)
-            message(paint(is_error ? COLOR::red : COLOR::yellow,
-                          framework::format(diagnostic, shown(diagnostic.path))));
+            message(
+                paint(is_error ? COLOR::red : COLOR::yellow, framework::format(diagnostic, shown(diagnostic.path))));
     }
 }
 

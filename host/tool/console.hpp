@@ -1,5 +1,5 @@
-// The command's voice: results on standard output, everything else on standard error, colour where it is wanted. Several
-// threads may speak; a line comes out whole.
+// The command's voice: results on standard output, everything else on standard error, colour where it is wanted.
+// Several threads may speak; a line comes out whole.
 #pragma once
 
 #include "host/framework/diagnostic.hpp"

@@ -9,8 +9,7 @@ class HOST_SCHEMAS {
 private:
     class EXPANSION : public RULE_SCHEMA {
     public:
-        EXPANSION()
-            : RULE_SCHEMA(QStringLiteral("Expansion"), QStringLiteral("What the files are shipped with")) {
+        EXPANSION() : RULE_SCHEMA(QStringLiteral("Expansion"), QStringLiteral("What the files are shipped with")) {
             add_property(QStringLiteral("Name"),
                          QStringLiteral("Name of the expansion. Default: <empty> (=the core data)"));
             add_property(QStringLiteral("Released"),

@@ -20,8 +20,8 @@ public:
 
     bool is_requested() const { return requested_; }
 
-    /// What to do when a signal comes: `stop` for the first (called at once when it has come already), `clean_up` for the
-    /// second, just before the program ends. Both run on another thread.
+    /// What to do when a signal comes: `stop` for the first (called at once when it has come already), `clean_up` for
+    /// the second, just before the program ends. Both run on another thread.
     void set_handlers(std::function<void()> stop, std::function<void()> clean_up);
 
 private:

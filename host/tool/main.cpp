@@ -53,6 +53,13 @@ void declare_common(CLI::App& app, COMMON_OPTIONS& options) {
         ->type_name("WHEN");
 }
 
+CLI::App const* find_subcommand(CLI::App const& app, std::string const& name) {
+    for (CLI::App const* const subcommand : app.get_subcommands({}))
+        if (subcommand->get_name() == name)
+            return subcommand;
+    return nullptr;
+}
+
 EXIT_CODE run(int argc, char** argv) {
     CONSOLE console;
     console.set_color(COLOR_MODE::automatic);
@@ -98,7 +105,7 @@ EXIT_CODE run(int argc, char** argv) {
         return EXIT_CODE::wrong_use;
     }
     if (help->parsed()) {
-        CLI::App const* const asked = topic.empty() ? &app : app.get_subcommand_no_throw(topic);
+        CLI::App const* const asked = topic.empty() ? &app : find_subcommand(app, topic);
         if (!asked) {
             console.error(QStringLiteral("there is no command \"%1\"").arg(argument(topic)));
             return EXIT_CODE::wrong_use;
@@ -108,9 +115,7 @@ EXIT_CODE run(int argc, char** argv) {
     }
 
     console.set_color(options.color);
-    console.set_verbosity(options.quiet     ? VERBOSITY::quiet
-                          : options.verbose ? VERBOSITY::verbose
-                                            : VERBOSITY::normal);
+    console.set_verbosity(options.quiet ? VERBOSITY::quiet : options.verbose ? VERBOSITY::verbose : VERBOSITY::normal);
     CONTEXT context{options, console};
     EXIT_CODE code = subcommands.at(app.get_subcommands().front())->run(context);
     if (!CONSOLE::flush_results() && code == EXIT_CODE::success) {

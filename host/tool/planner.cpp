@@ -1,5 +1,5 @@
-// Order: an action comes after those that it names as dependencies and after those that make a file that it reads; among
-// actions that are free, the processors' own order holds (Kahn's algorithm with a queue sorted by that order).
+// Order: an action comes after those that it names as dependencies and after those that make a file that it reads;
+// among actions that are free, the processors' own order holds (Kahn's algorithm with a queue sorted by that order).
 #include "host/tool/planner.hpp"
 
 #include "host/tool/target_guard.hpp"
@@ -106,7 +106,8 @@ private:
     }
 
     QString described(PLANNED_ACTION const& planned) const {
-        QString const source = planned.sources.isEmpty() ? QString() : shown_file(planned.sources.first()) + u": ";
+        QString const source =
+            planned.sources.isEmpty() ? QString() : shown_file(planned.sources.first()) + QStringLiteral(": ");
         return source + planned.name + target_rules(planned);
     }
 

@@ -1,5 +1,5 @@
-// What a build is going to do: every action with its files, in an order in which each comes after what it needs, and with
-// everything that forbids it found before any work starts.
+// What a build is going to do: every action with its files, in an order in which each comes after what it needs, and
+// with everything that forbids it found before any work starts.
 #pragma once
 
 #include "host/framework/diagnostic.hpp"
@@ -39,8 +39,8 @@ struct PLANNED_ACTION {
 struct PLAN {
     /// In the order in which they run.
     std::vector<PLANNED_ACTION> actions;
-    /// What makes the plan as a whole impossible: two actions with one target, actions that wait for each other. Each is
-    /// one message, maybe of several lines. A build does not start while there is any.
+    /// What makes the plan as a whole impossible: two actions with one target, actions that wait for each other. Each
+    /// is one message, maybe of several lines. A build does not start while there is any.
     std::vector<QString> conflicts;
 };
 

@@ -25,9 +25,10 @@ bool PLUGIN_HOST::load(QString const& path, QString& error) {
     loader_.setFileName(file);
     auto* const plugin = qobject_cast<PLUGIN_INTERFACE*>(loader_.instance());
     if (!plugin) {
-        error = loader_.isLoaded() ? QStringLiteral("the library %1 is no plug-in of this program").arg(path)
-                                   : QStringLiteral("the plug-in %1 cannot be loaded: %2")
-                                         .arg(path, loader_.errorString().simplified());
+        error =
+            loader_.isLoaded()
+                ? QStringLiteral("the library %1 is no plug-in of this program").arg(path)
+                : QStringLiteral("the plug-in %1 cannot be loaded: %2").arg(path, loader_.errorString().simplified());
         return false;
     }
     for (PROCESSOR_INTERFACE* const processor : plugin->create_processors())

@@ -1,5 +1,5 @@
-// Whether a path may be written or removed: only what lies in the working root, both as it is written and on the disk that
-// symbolic links lead to.
+// Whether a path may be written or removed: only what lies in the working root, both as it is written and on the disk
+// that symbolic links lead to.
 #pragma once
 
 #include <QHash>
