@@ -45,8 +45,8 @@ void declare_common(CLI::App& app, COMMON_OPTIONS& options) {
         ->type_name("DIR");
     app.add_option("--plugin", options.plugin, "The plug-in; without it the one installed with this program")
         ->type_name("FILE");
-    auto* const verbose = app.add_flag("-v,--verbose", options.verbose, "Tell more");
-    app.add_flag("-q,--quiet", options.quiet, "Tell of failures only")->excludes(verbose);
+    app.add_flag("-v,--verbose", options.verbose, "Tell more");
+    app.add_flag("-q,--quiet", options.quiet, "Tell of failures only");
     app.add_option("--color", options.color, "Colour in messages: auto, always or never")
         ->transform(CLI::Transformer(modes).description(""))
         ->check(CLI::IsMember({COLOR_MODE::automatic, COLOR_MODE::always, COLOR_MODE::never}).description(""))
@@ -77,6 +77,8 @@ EXIT_CODE run(int argc, char** argv) {
     std::map<CLI::App*, COMMAND*> subcommands;
     for (auto const& command : commands) {
         CLI::App* const subcommand = app.add_subcommand(command->name(), command->summary());
+        subcommand->footer("Options of every command, here or before it: -C DIR, --plugin FILE, -v, -q, --color WHEN "
+                           "(see: zab help)");
         command->declare(*subcommand);
         subcommands[subcommand] = command.get();
     }
@@ -84,20 +86,26 @@ EXIT_CODE run(int argc, char** argv) {
     CLI::App* const help = app.add_subcommand("help", "Print the help of a command and exit");
     help->add_option("COMMAND", topic, "The command; without it, the help of all of them");
 
+    auto const show_help = [&](CLI::App const* asked) {
+        std::string const text = asked == &app ? app.help() : asked->help("zab");
+        console.result(QString::fromStdString(text).trimmed());
+        return EXIT_CODE::success;
+    };
+    auto const refuse = [&](QString const& text) {
+        std::string const where = app.get_subcommands().empty() ? "" : app.get_subcommands().front()->get_name() + ' ';
+        console.error(text);
+        console.message(QString::fromStdString("See: zab " + where + "--help"));
+        return EXIT_CODE::wrong_use;
+    };
     try {
         app.parse(argc, argv);
     } catch (CLI::CallForHelp const&) {
-        CLI::App const* const asked = app.get_subcommands().empty() ? &app : app.get_subcommands().front();
-        console.result(QString::fromStdString(asked->help()).trimmed());
-        return EXIT_CODE::success;
+        return show_help(app.get_subcommands().empty() ? &app : app.get_subcommands().front());
     } catch (CLI::CallForVersion const& version) {
         console.result(QString::fromUtf8(version.what()));
         return EXIT_CODE::success;
     } catch (CLI::ParseError const& error) {
-        std::string const where = app.get_subcommands().empty() ? "" : app.get_subcommands().front()->get_name() + ' ';
-        console.error(QString::fromUtf8(error.what()).trimmed());
-        console.message(QString::fromStdString("See: zab " + where + "--help"));
-        return EXIT_CODE::wrong_use;
+        return refuse(QString::fromUtf8(error.what()).trimmed());
     }
 
     if (app.get_subcommands().empty()) {
@@ -106,13 +114,10 @@ EXIT_CODE run(int argc, char** argv) {
     }
     if (help->parsed()) {
         CLI::App const* const asked = topic.empty() ? &app : find_subcommand(app, topic);
-        if (!asked) {
-            console.error(QStringLiteral("there is no command \"%1\"").arg(argument(topic)));
-            return EXIT_CODE::wrong_use;
-        }
-        console.result(QString::fromStdString(asked->help()).trimmed());
-        return EXIT_CODE::success;
+        return asked ? show_help(asked) : refuse(QStringLiteral("there is no command \"%1\"").arg(argument(topic)));
     }
+    if (options.quiet && options.verbose)
+        return refuse(QStringLiteral("-q and -v exclude each other"));
 
     console.set_color(options.color);
     console.set_verbosity(options.quiet ? VERBOSITY::quiet : options.verbose ? VERBOSITY::verbose : VERBOSITY::normal);
