@@ -2,6 +2,8 @@
 // conversions drop alpha of some types and stretch the range of others.
 #include "platform/image_loader/load_with_freeimage.hpp"
 
+#include "platform/image_loader/quiet_tiff.hpp"
+
 #include <FreeImage.h>
 
 #include <algorithm>
@@ -73,6 +75,9 @@ BITMAP load_bitmap(std::span<std::uint8_t const> file, LIBRARY_KIND kind, int ex
     if (file.size() > std::numeric_limits<DWORD>::max()) {
         cause = std::string("a ") + kind.name + " file of more than 4 GiB";
         return nullptr;
+    }
+    if (kind.format == FIF_TIFF) {
+        keep_tiff_quiet();
     }
     // The library only reads from the memory although its parameter is not const.
     MEMORY const memory(FreeImage_OpenMemory(const_cast<BYTE*>(file.data()), static_cast<DWORD>(file.size())));

@@ -103,8 +103,8 @@ std::string masks_text(dds_container::PIXEL_MASKS const& masks) {
     std::array<CHANNEL, 4> channels = {CHANNEL{masks.is_luminance ? 'L' : 'R', masks.red}, CHANNEL{'G', masks.green},
                                        CHANNEL{'B', masks.blue}, CHANNEL{'A', masks.alpha}};
     std::sort(channels.begin(), channels.end(), [](CHANNEL a, CHANNEL b) { return a.mask > b.mask; });
-    int const idle = static_cast<int>(masks.bits_per_texel) -
-                     std::popcount(masks.red | masks.green | masks.blue | masks.alpha);
+    int const idle =
+        static_cast<int>(masks.bits_per_texel) - std::popcount(masks.red | masks.green | masks.blue | masks.alpha);
     std::string text;
     if (idle > 0) {
         text += 'X';
