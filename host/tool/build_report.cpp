@@ -1,0 +1,69 @@
+#include "host/tool/build_report.hpp"
+
+namespace tool {
+
+namespace {
+
+// Whether the lines of an action that succeeded say more than that it did.
+bool says_more_than_done(QStringList const& lines) {
+    return !lines.isEmpty() && lines != QStringList(QStringLiteral("Done."));
+}
+
+}  // namespace
+
+void BUILD_REPORT::run_started(PLAN const& plan) {
+    total_ = plan.actions.size();
+}
+
+void BUILD_REPORT::action_started(PLANNED_ACTION const& planned) {
+    if (explains_)
+        console_.message(
+            QStringLiteral("%1: %2").arg(planned.name, planned.error.isEmpty() ? planned.reason : planned.error));
+}
+
+void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
+    ++finished_;
+    bool const failed = result.status == ACTION_RESULT::STATUS::failed;
+    bool const has_block = failed || result.made_no_file || says_more_than_done(result.lines) ||
+                           console_.verbosity() == VERBOSITY::verbose;
+    if (failed) {
+        QString cause = result.lines.isEmpty() ? QStringLiteral("failed without a word") : result.lines.first();
+        if (!result.diagnosis.isEmpty())
+            cause += QStringLiteral(" [%1]").arg(result.diagnosis);
+        failures_.push_back({planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
+    }
+    if (console_.verbosity() == VERBOSITY::quiet ? !failed : console_.error_is_terminal() && !has_block)
+        return;
+
+    QString status = failed                ? console_.paint(COLOR::red, QStringLiteral("FAILED"))
+                     : result.made_no_file ? console_.paint(COLOR::yellow, QStringLiteral("made no file"))
+                                           : console_.paint(COLOR::green, QStringLiteral("done"));
+    if (result.status == ACTION_RESULT::STATUS::interrupted)
+        status = console_.paint(COLOR::yellow, QStringLiteral("interrupted"));
+    QString block = QStringLiteral("[%1/%2] %3: %4").arg(finished_).arg(total_).arg(status, planned.name);
+    if (has_block)
+        for (QString const& line : result.lines)
+            block += QStringLiteral("\n") + line;
+    console_.message(block);
+}
+
+void BUILD_REPORT::run_finished(RUN_COUNTS const& counts) {
+    if (!failures_.empty()) {
+        QString list = console_.paint(COLOR::red, QStringLiteral("Failed:"));
+        for (FAILURE const& failure : failures_)
+            list += QStringLiteral("\n  %1: %2").arg(failure.file, failure.cause);
+        console_.message(list);
+    }
+    if (console_.verbosity() == VERBOSITY::quiet)
+        return;
+    QString summary = QStringLiteral("%1 built").arg(counts.succeeded - counts.made_no_file);
+    if (counts.made_no_file > 0)
+        summary += QStringLiteral(", %1 made no file").arg(counts.made_no_file);
+    summary += QStringLiteral(", %1 failed").arg(counts.failed);
+    if (counts.not_run > 0)
+        summary += QStringLiteral(", %1 not run").arg(counts.not_run);
+    summary += QStringLiteral(" in %1 s").arg(static_cast<double>(counts.milliseconds) / 1000, 0, 'f', 1);
+    console_.message(counts.interrupted ? QStringLiteral("Interrupted: ") + summary : summary);
+}
+
+}  // namespace tool

@@ -1,0 +1,85 @@
+// zab clean: removes what a build makes: the targets of the current plan, and the build state.
+#include "host/tool/planner.hpp"
+#include "host/tool/target_guard.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace tool {
+
+namespace {
+
+class COMMAND_CLEAN : public COMMAND {
+public:
+    char const* name() const override { return "clean"; }
+    char const* summary() const override { return "Remove the targets of the current plan, and the build state"; }
+
+    void declare(CLI::App& app) override {
+        app.add_flag("-n,--dry-run", dry_run_, "Say what would be removed, and remove nothing");
+    }
+
+    EXIT_CODE run(CONTEXT& context) override {
+        BUILD_SESSION session(context);
+        if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
+            return code;
+        PLAN const plan = make_plan(session);
+        // Removing needs no order, and what two actions claim is a target all the same.
+        TARGET_GUARD guard(session.project().working);
+        for (PLANNED_ACTION const& planned : plan.actions)
+            for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+                if (planned.state == PLANNED_ACTION::STATE::run && guard.refusal(target.physical_path).isEmpty())
+                    remove_file(context.console, session.project().working, target.physical_path);
+        remove_state(context.console, session.project().state_folder);
+        if (context.console.verbosity() != VERBOSITY::quiet)
+            context.console.message(dry_run_ ? QStringLiteral("%1 would be removed").arg(removed_)
+                                             : QStringLiteral("%1 removed").arg(removed_));
+        return all_removed_ ? EXIT_CODE::success : EXIT_CODE::environment;
+    }
+
+private:
+    void remove_file(CONSOLE& console, QString const& working, QString const& path) {
+        QFileInfo const info(path);
+        if (!info.isFile() && !info.isSymLink())
+            return;
+        if (!note(console, path, dry_run_ || QFile::remove(path)) || dry_run_)
+            return;
+        // Folders that have become empty go with it; rmdir refuses the others.
+        QDir folder = QFileInfo(path).dir();
+        while (folder.path().startsWith(working + u'/') && QDir().rmdir(folder.path()))
+            folder = QFileInfo(folder.path()).dir();
+    }
+
+    void remove_state(CONSOLE& console, QString const& path) {
+        QFileInfo const info(path);
+        if (info.isSymLink())
+            note(console, path, dry_run_ || QFile::remove(path));
+        else if (info.isDir())
+            note(console, path, dry_run_ || QDir(path).removeRecursively());
+    }
+
+    bool note(CONSOLE& console, QString const& path, bool removed) {
+        if (removed) {
+            ++removed_;
+            if (dry_run_ || console.verbosity() == VERBOSITY::verbose)
+                console.result(CONSOLE::shown(path));
+        } else {
+            all_removed_ = false;
+            console.error(QStringLiteral("%1 cannot be removed").arg(CONSOLE::shown(path)));
+        }
+        return removed;
+    }
+
+    bool dry_run_ = false;
+    bool all_removed_ = true;
+    int removed_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<COMMAND> make_command_clean() {
+    return std::make_unique<COMMAND_CLEAN>();
+}
+
+}  // namespace tool

@@ -1,0 +1,62 @@
+// zab plan [PATH...]: the actions of a build, in the order in which they run, without running any.
+#include "host/tool/plan_json.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <QJsonDocument>
+
+namespace tool {
+
+namespace {
+
+class COMMAND_PLAN : public COMMAND {
+public:
+    char const* name() const override { return "plan"; }
+    char const* summary() const override { return "Show the actions of a build, with their files and order"; }
+
+    void declare(CLI::App& app) override {
+        app.add_option("PATH", paths_, "Only what is made from files at or below these paths, and what that needs");
+        app.add_flag("--json", json_, "As a JSON array");
+    }
+
+    EXIT_CODE run(CONTEXT& context) override {
+        BUILD_SESSION session(context);
+        std::optional<PLAN> plan;
+        EXIT_CODE const code = open_and_plan(context, session, paths_, plan);
+        if (!plan)
+            return code;
+        if (json_) {
+            QByteArray const text = QJsonDocument(to_json(*plan)).toJson(QJsonDocument::Indented);
+            context.console.result(QString::fromUtf8(text).trimmed());
+        } else {
+            for (PLANNED_ACTION const& planned : plan->actions)
+                show(context.console, *plan, planned);
+        }
+        return code;
+    }
+
+private:
+    static void show(CONSOLE& console, PLAN const& plan, PLANNED_ACTION const& planned) {
+        bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
+        console.result(QStringLiteral("%1 %2: %3")
+                           .arg(planned.id)
+                           .arg(planned.name, is_error ? QStringLiteral("error: ") + planned.error : planned.reason));
+        for (LOGICAL_PATH const& source : planned.sources)
+            console.result(QStringLiteral("  reads ") + shown_file(source));
+        for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+            console.result(QStringLiteral("  makes ") + CONSOLE::shown(target.physical_path));
+        for (PLANNED_ACTION::NEED const& need : planned.needs)
+            console.result(QStringLiteral("  after ") + QString::number(plan.actions[need.action].id));
+    }
+
+    std::vector<std::string> paths_;
+    bool json_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<COMMAND> make_command_plan() {
+    return std::make_unique<COMMAND_PLAN>();
+}
+
+}  // namespace tool

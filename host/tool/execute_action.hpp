@@ -1,0 +1,37 @@
+// Runs one action in this process and finds out how it went. Everything a build learns of an action's run is in the
+// result, so that whoever schedules actions need not run them itself.
+#pragma once
+
+#include "host/tool/planner.hpp"
+
+#include <cstdint>
+#include <optional>
+
+namespace tool {
+
+struct ACTION_RESULT {
+    enum class STATUS { succeeded, failed, interrupted };
+
+    STATUS status = STATUS::failed;
+    /// It succeeded, by its own word, and a target that it announced is not there.
+    bool made_no_file = false;
+    /// The action's own lines, exactly.
+    QStringList lines;
+    /// What the tool finds out about the cause of a failure by itself; may be empty.
+    QString diagnosis;
+    std::int64_t milliseconds = 0;
+    /// Of the whole process, while the action ran.
+    std::optional<std::uint64_t> peak_bytes;
+};
+
+/// `line` receives each line as the action says it. After a failure none of the action's targets is there.
+ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& files, RULE_CACHE const& rules,
+                             std::function<void(QString const&)> const& line);
+
+/// The result of an action that is not run, for this reason.
+ACTION_RESULT fail_action(QString const& reason, std::function<void(QString const&)> const& line);
+
+/// Removes whatever of the action's targets there is.
+void remove_targets(PLANNED_ACTION const& planned);
+
+}  // namespace tool

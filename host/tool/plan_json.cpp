@@ -1,0 +1,42 @@
+#include "host/tool/plan_json.hpp"
+
+#include <QJsonObject>
+
+namespace tool {
+
+QJsonArray source_files(PLANNED_ACTION const& planned) {
+    QJsonArray files;
+    for (LOGICAL_PATH const& source : planned.sources)
+        files.append(source.text());
+    return files;
+}
+
+QJsonArray target_files(PLANNED_ACTION const& planned) {
+    QJsonArray files;
+    for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+        files.append(target.logical_path.text());
+    return files;
+}
+
+QJsonArray to_json(PLAN const& plan) {
+    QJsonArray actions;
+    for (PLANNED_ACTION const& planned : plan.actions) {
+        QJsonArray depends;
+        for (PLANNED_ACTION::NEED const& need : planned.needs)
+            depends.append(plan.actions[need.action].id);
+        bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
+        actions.append(QJsonObject{
+            {QStringLiteral("id"), planned.id},
+            {QStringLiteral("name"), planned.name},
+            {QStringLiteral("sources"), source_files(planned)},
+            {QStringLiteral("targets"), target_files(planned)},
+            {QStringLiteral("depends"), depends},
+            {QStringLiteral("state"), is_error ? QStringLiteral("error") : QStringLiteral("run")},
+            {QStringLiteral("reason"), planned.reason},
+            {QStringLiteral("error"), is_error ? QJsonValue(planned.error) : QJsonValue()},
+        });
+    }
+    return actions;
+}
+
+}  // namespace tool

@@ -1,0 +1,60 @@
+// What a build is going to do: every action with its files, in an order in which each comes after what it needs, and
+// with everything that forbids it found before any work starts.
+#pragma once
+
+#include "host/framework/diagnostic.hpp"
+#include "host/tool/build_session.hpp"
+
+#include <optional>
+
+namespace tool {
+
+struct PLANNED_ACTION {
+    enum class STATE { run, error };
+
+    struct NEED {
+        /// Place in the plan.
+        std::size_t action;
+        bool optional;
+    };
+
+    /// Counts from 1 in the order in which processors made the actions.
+    int id = 0;
+    /// Borrowed from the session.
+    ACTION_INTERFACE* action = nullptr;
+    /// The detailed name.
+    QString name;
+    QVector<LOGICAL_PATH> sources;
+    QVector<ACTION_INTERFACE::TARGET_FILE> targets;
+    std::vector<NEED> needs;
+    STATE state = STATE::run;
+    /// Why it runs.
+    QString reason;
+    /// Why it cannot succeed: the host's refusal, or what the processor found wrong.
+    QString error;
+    /// The host refuses to run it at all.
+    bool refused = false;
+};
+
+struct PLAN {
+    /// In the order in which they run.
+    std::vector<PLANNED_ACTION> actions;
+    /// What makes the plan as a whole impossible: two actions with one target, actions that wait for each other. Each
+    /// is one message, maybe of several lines. A build does not start while there is any.
+    std::vector<QString> conflicts;
+};
+
+PLAN make_plan(BUILD_SESSION& session);
+
+/// Keeps the actions that read a file at or below one of these logical paths, and the actions that those need.
+void restrict_plan(PLAN& plan, std::vector<QString> const& paths);
+
+/// A project path as people see it: where the file lies, relative to the current folder when it is in it.
+QString shown_file(LOGICAL_PATH const& path);
+
+/// Opens the session and plans; what `plan` is left empty for has been reported. `paths` are from the command line and
+/// restrict the plan when there are any.
+EXIT_CODE open_and_plan(CONTEXT& context, BUILD_SESSION& session, std::vector<std::string> const& paths,
+                        std::optional<PLAN>& plan);
+
+}  // namespace tool

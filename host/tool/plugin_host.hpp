@@ -1,0 +1,29 @@
+// The plug-in library and its processors. Action classes are reached through it alone: the tool knows none by name.
+#pragma once
+
+#include "processor/host/processor_interface.hpp"
+
+#include <QPluginLoader>
+
+#include <memory>
+#include <vector>
+
+namespace tool {
+
+class PLUGIN_HOST {
+public:
+    /// False, with one line that names the file and the cause, when the plug-in cannot be used.
+    bool load(QString const& path, QString& error);
+
+    /// Sorted by descending priority. Valid after a successful load, as long as this object.
+    std::vector<std::unique_ptr<PROCESSOR_INTERFACE>> const& processors() const { return processors_; }
+
+    /// The plug-in that comes with this program: "../lib/zab/ZAB_Texture.so" beside its folder.
+    static QString default_path();
+
+private:
+    QPluginLoader loader_;
+    std::vector<std::unique_ptr<PROCESSOR_INTERFACE>> processors_;
+};
+
+}  // namespace tool

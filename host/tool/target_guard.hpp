@@ -1,0 +1,23 @@
+// Whether a path may be written or removed: only what lies in the working root, both as it is written and on the disk
+// that symbolic links lead to.
+#pragma once
+
+#include <QHash>
+#include <QString>
+
+namespace tool {
+
+class TARGET_GUARD {
+public:
+    explicit TARGET_GUARD(QString const& working_root);
+
+    /// Why the file may not be touched; empty when it may. Answers per folder are remembered.
+    QString refusal(QString const& path);
+
+private:
+    QString root_;
+    QString real_root_;
+    QHash<QString, QString> real_folders_;
+};
+
+}  // namespace tool
