@@ -149,11 +149,13 @@ TEST(image_from_coded_files, is_refused_with_its_reason) {
     wide.width = 100000;
     BYTES cut = make_png({1, 2, 8, 6, {}, {}, false, {0, 1, 2, 3, 4, 0, 5, 6, 7, 8}});
     cut.resize(45);
+    TIF_FILE const float_alpha = {1, 1, 32, 2, 1, 3, true, BYTES(8)};
     struct CASE {
         BYTES file;
         char const* cause;
     };
     static CASE const cases[] = {
+        {make_tif(float_alpha), "grey with alpha is not supported in a TIF file of 32 bits a sample"},
         {{}, "this is no DDS, PNG, JPG or TIF file"},
         {BYTES(100, 'x'), "this is no DDS, PNG, JPG or TIF file"},
         {cut, "the PNG file is damaged or of a kind that is not supported"},
