@@ -72,6 +72,12 @@ bool jpg_is_whole(std::span<std::uint8_t const> file) {
     return false;
 }
 
+/// Whether a PNG of this size can hold so many texels: each takes a bit at least, and deflate makes of one byte no more
+/// than 1032.
+bool png_can_hold(std::span<std::uint8_t const> file, std::uint32_t width, std::uint32_t height) {
+    return std::uint64_t{width} * height / 8 / 1032 <= file.size();
+}
+
 BITMAP load_bitmap(std::span<std::uint8_t const> file, LIBRARY_KIND kind, int extra_flags, std::string& cause) {
     if (file.size() > std::numeric_limits<DWORD>::max()) {
         cause = std::string("a ") + kind.name + " file of more than 4 GiB";
@@ -283,11 +289,16 @@ bool type_has_alpha(FIBITMAP* bitmap, IMAGE_FORMAT format) {
 std::optional<DECODED_FILE> load_with_freeimage(std::span<std::uint8_t const> file, IMAGE_FORMAT format,
                                                 CHANNEL_ORDER order, std::string& cause) {
     LIBRARY_KIND const kind = library_kind(format);
-    {
-        BITMAP const header = load_bitmap(file, kind, FIF_LOAD_NOPIXELS, cause);
-        if (!header || !check_sides(FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()), kind, cause)) {
-            return std::nullopt;
-        }
+    BITMAP const header = load_bitmap(file, kind, FIF_LOAD_NOPIXELS, cause);
+    if (!header || !check_sides(FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()), kind, cause)) {
+        return std::nullopt;
+    }
+    if (format == IMAGE_FORMAT::png &&
+        !png_can_hold(file, FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()))) {
+        cause = "the PNG header announces " + std::to_string(FreeImage_GetWidth(header.get())) + " x " +
+                std::to_string(FreeImage_GetHeight(header.get())) + " texels, more than a file of " +
+                std::to_string(file.size()) + " bytes can hold";
+        return std::nullopt;
     }
     if (format == IMAGE_FORMAT::jpg && !jpg_is_whole(file)) {
         cause = "the JPG file ends within its texels";
