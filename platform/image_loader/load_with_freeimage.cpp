@@ -3,6 +3,7 @@
 #include "platform/image_loader/load_with_freeimage.hpp"
 
 #include "platform/image_loader/quiet_tiff.hpp"
+#include "platform/image_loader/tif_layout.hpp"
 
 #include <FreeImage.h>
 
@@ -71,6 +72,12 @@ bool jpg_is_whole(std::span<std::uint8_t const> file) {
     return false;
 }
 
+/// Whether a PNG of this size can hold so many texels: each takes a bit at least, and deflate makes of one byte no more
+/// than 1032.
+bool png_can_hold(std::span<std::uint8_t const> file, std::uint32_t width, std::uint32_t height) {
+    return std::uint64_t{width} * height / 8 / 1032 <= file.size();
+}
+
 BITMAP load_bitmap(std::span<std::uint8_t const> file, LIBRARY_KIND kind, int extra_flags, std::string& cause) {
     if (file.size() > std::numeric_limits<DWORD>::max()) {
         cause = std::string("a ") + kind.name + " file of more than 4 GiB";
@@ -118,7 +125,7 @@ std::uint8_t to_byte(NUMBER value) {
     return unit > 0.0 ? static_cast<std::uint8_t>(std::fmin(unit, 1.0) * 255.0 + 0.5) : std::uint8_t{0};
 }
 
-/// Texels of 1, 3 or 4 numbers, red first.
+/// Texels of one number (grey), two (grey, alpha), three or four (red first).
 template <typename NUMBER>
 void take_numbers(FIBITMAP* bitmap, std::size_t channels, TEXEL_WRITER const& write, DECODED_FILE& decoded) {
     for (std::uint32_t y = 0; y < decoded.height; ++y) {
@@ -127,9 +134,13 @@ void take_numbers(FIBITMAP* bitmap, std::size_t channels, TEXEL_WRITER const& wr
         for (std::size_t x = 0; x < decoded.width; ++x, target += 4) {
             NUMBER numbers[4] = {};
             std::memcpy(numbers, line + x * channels * sizeof(NUMBER), channels * sizeof(NUMBER));
-            std::uint8_t const red = to_byte(numbers[0]);
-            write(target, red, channels > 1 ? to_byte(numbers[1]) : red, channels > 1 ? to_byte(numbers[2]) : red,
-                  channels > 3 ? to_byte(numbers[3]) : std::uint8_t{255});
+            std::uint8_t const first = to_byte(numbers[0]);
+            std::uint8_t const last = channels % 2 == 0 ? to_byte(numbers[channels - 1]) : std::uint8_t{255};
+            if (channels < 3) {
+                write(target, first, first, first, last);
+            } else {
+                write(target, first, to_byte(numbers[1]), to_byte(numbers[2]), last);
+            }
         }
     }
 }
@@ -154,7 +165,15 @@ bool take_bitmap(FIBITMAP* bitmap, TEXEL_WRITER const& write, DECODED_FILE& deco
     return true;
 }
 
-bool take_texels(FIBITMAP* bitmap, TEXEL_WRITER const& write, DECODED_FILE& decoded) {
+bool take_texels(FIBITMAP* bitmap, bool is_grey_alpha_16, TEXEL_WRITER const& write, DECODED_FILE& decoded) {
+    if (is_grey_alpha_16) {
+        // The library takes the two samples of a texel for one of 32 bits.
+        if (FreeImage_GetImageType(bitmap) == FIT_UINT32) {
+            take_numbers<std::uint16_t>(bitmap, 2, write, decoded);
+            return true;
+        }
+        return false;
+    }
     switch (FreeImage_GetImageType(bitmap)) {
     case FIT_BITMAP:
         return take_bitmap(bitmap, write, decoded);
@@ -206,6 +225,14 @@ bool check_sides(std::uint32_t width, std::uint32_t height, LIBRARY_KIND kind, s
         return false;
     }
     return true;
+}
+
+TIF_LAYOUT layout_of(std::span<std::uint8_t const> file, IMAGE_FORMAT format) {
+    return format == IMAGE_FORMAT::tif ? read_tif_layout(file) : TIF_LAYOUT{};
+}
+
+bool is_grey_alpha_16(TIF_LAYOUT layout) {
+    return layout.samples_per_texel == 2 && layout.bits_per_sample == 16;
 }
 
 std::string texels_text(FIBITMAP* bitmap, IMAGE_FORMAT format) {
@@ -262,14 +289,25 @@ bool type_has_alpha(FIBITMAP* bitmap, IMAGE_FORMAT format) {
 std::optional<DECODED_FILE> load_with_freeimage(std::span<std::uint8_t const> file, IMAGE_FORMAT format,
                                                 CHANNEL_ORDER order, std::string& cause) {
     LIBRARY_KIND const kind = library_kind(format);
-    {
-        BITMAP const header = load_bitmap(file, kind, FIF_LOAD_NOPIXELS, cause);
-        if (!header || !check_sides(FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()), kind, cause)) {
-            return std::nullopt;
-        }
+    BITMAP const header = load_bitmap(file, kind, FIF_LOAD_NOPIXELS, cause);
+    if (!header || !check_sides(FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()), kind, cause)) {
+        return std::nullopt;
+    }
+    if (format == IMAGE_FORMAT::png &&
+        !png_can_hold(file, FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()))) {
+        cause = "the PNG header announces " + std::to_string(FreeImage_GetWidth(header.get())) + " x " +
+                std::to_string(FreeImage_GetHeight(header.get())) + " texels, more than a file of " +
+                std::to_string(file.size()) + " bytes can hold";
+        return std::nullopt;
     }
     if (format == IMAGE_FORMAT::jpg && !jpg_is_whole(file)) {
         cause = "the JPG file ends within its texels";
+        return std::nullopt;
+    }
+    TIF_LAYOUT const layout = layout_of(file, format);
+    if (layout.samples_per_texel == 2 && layout.bits_per_sample > 16) {
+        cause = "grey with alpha is not supported in a TIF file of " + std::to_string(layout.bits_per_sample) +
+                " bits a sample";
         return std::nullopt;
     }
     BITMAP const bitmap = load_bitmap(file, kind, 0, cause);
@@ -289,7 +327,8 @@ std::optional<DECODED_FILE> load_with_freeimage(std::span<std::uint8_t const> fi
                 std::to_string(decoded.height) + " texels";
         return std::nullopt;
     }
-    if (!FreeImage_HasPixels(bitmap.get()) || !take_texels(bitmap.get(), TEXEL_WRITER(order), decoded)) {
+    if (!FreeImage_HasPixels(bitmap.get()) ||
+        !take_texels(bitmap.get(), is_grey_alpha_16(layout), TEXEL_WRITER(order), decoded)) {
         cause = std::string("the texels of the ") + kind.name + " file are of a kind that is not supported";
         return std::nullopt;
     }
@@ -301,6 +340,10 @@ std::optional<CODED_FILE_INFO> read_info_with_freeimage(std::span<std::uint8_t c
     BITMAP const header = load_bitmap(file, library_kind(format), FIF_LOAD_NOPIXELS, cause);
     if (!header) {
         return std::nullopt;
+    }
+    if (is_grey_alpha_16(layout_of(file, format))) {
+        return CODED_FILE_INFO{FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()),
+                               "32-bit grey and alpha", true};
     }
     return CODED_FILE_INFO{FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()),
                            texels_text(header.get(), format), type_has_alpha(header.get(), format)};

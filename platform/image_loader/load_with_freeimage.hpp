@@ -40,7 +40,7 @@ std::optional<DECODED_FILE> load_with_freeimage(std::span<std::uint8_t const> fi
 std::optional<CODED_FILE_INFO> read_info_with_freeimage(std::span<std::uint8_t const> file, IMAGE_FORMAT format,
                                                         std::string& cause);
 
-/// The bytes of a PNG of 32 bits a texel from rows of red, green, blue, alpha. Nothing on failure.
+/// The bytes of a PNG from rows of red, green, blue, alpha. Nothing on failure.
 std::optional<std::vector<std::uint8_t>> encode_png(std::span<std::uint8_t const> rgba, std::uint32_t width,
                                                     std::uint32_t height, std::string& cause);
 

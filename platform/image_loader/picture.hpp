@@ -49,8 +49,8 @@ std::optional<PICTURE> load_picture(std::filesystem::path const& path, std::uint
 /// Reads no more than headers where the format allows it; a DDS whose payload is short is described all the same.
 std::optional<FILE_DESCRIPTION> describe(std::filesystem::path const& path, std::string& cause);
 
-/// Writes a PNG of 32 bits a texel. The file is whole or as it was before: it is written beside its place and then
-/// moved. False on failure, and `cause` says why.
+/// Writes a PNG, of 32 bits a texel when some texel is translucent and of 24 otherwise. The file is whole or as it was
+/// before: it is written beside its place and then moved. False on failure, and `cause` says why.
 bool write_png(std::filesystem::path const& path, PICTURE const& picture, std::string& cause);
 
 }  // namespace IMAGE_LOADER

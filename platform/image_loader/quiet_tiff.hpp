@@ -1,5 +1,5 @@
-// The TIFF library prints to standard error by itself, some sixty lines for every sound file when an image library above
-// it looks for camera data. Standard error belongs to the host.
+// The TIFF library prints to standard error by itself, some sixty lines for every sound file when an image library
+// above it looks for camera data. Standard error belongs to the host.
 #pragma once
 
 namespace IMAGE_LOADER {

@@ -145,21 +145,27 @@ TEST(image_from_coded_files, is_refused_with_its_reason) {
     PNG_FILE many;
     many.width = 65536;
     many.height = 65536;
+    PNG_FILE hollow;
+    hollow.width = 65536;
+    hollow.height = 4096;
     TIF_FILE wide;
     wide.width = 100000;
     BYTES cut = make_png({1, 2, 8, 6, {}, {}, false, {0, 1, 2, 3, 4, 0, 5, 6, 7, 8}});
     cut.resize(45);
+    TIF_FILE const float_alpha = {1, 1, 32, 2, 1, 3, true, BYTES(8)};
     struct CASE {
         BYTES file;
         char const* cause;
     };
     static CASE const cases[] = {
+        {make_tif(float_alpha), "grey with alpha is not supported in a TIF file of 32 bits a sample"},
         {{}, "this is no DDS, PNG, JPG or TIF file"},
         {BYTES(100, 'x'), "this is no DDS, PNG, JPG or TIF file"},
         {cut, "the PNG file is damaged or of a kind that is not supported"},
         {{0xff, 0xd8, 0xff, 0xe0}, "the JPG file is damaged or of a kind that is not supported"},
         {make_png(huge), "the PNG header announces 65537 x 1 texels, more than an image may have"},
         {make_png(many), "the PNG header announces 65536 x 65536 texels, more than an image may have"},
+        {make_png(hollow), "the PNG header announces 65536 x 4096 texels, more than a file of 68 bytes can hold"},
         {make_tif(wide), "the TIF header announces 100000 x 1 texels, more than an image may have"},
     };
     for (CASE const& c : cases) {
