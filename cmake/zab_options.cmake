@@ -23,6 +23,11 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 # The same input must give the same bytes on every machine: no fused multiply-add that one has and another has not.
 add_compile_options(-ffp-contract=off)
 
+# GCC's unique symbols would keep the plug-in loaded for ever, and its schemas with it.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-fno-gnu-unique)
+endif()
+
 if(ZAB_SANITIZE)
   add_compile_options(-fsanitize=${ZAB_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${ZAB_SANITIZE})

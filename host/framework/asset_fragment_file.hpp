@@ -8,6 +8,6 @@ namespace framework {
 
 /// Writes the file that the builder's id names, whole or not at all. False with a line that names the file otherwise.
 /// Paths in it are logical ones, so that the same project gives the same file on every machine.
-bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, QString& error);
+ZAB_SHARED_API bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, QString& error);
 
 }  // namespace framework

@@ -2,12 +2,14 @@
 // command.
 #pragma once
 
+#include "processor/host/export.hpp"
+
 #include <QString>
 #include <QStringList>
 
 namespace framework {
 
-struct COMMAND_RESULT {
+struct ZAB_SHARED_API COMMAND_RESULT {
     /// False when the program could not be started at all.
     bool started = false;
     int exit_code = -1;
@@ -19,6 +21,6 @@ struct COMMAND_RESULT {
     QString cause() const;
 };
 
-COMMAND_RESULT run_command(QString const& program, QStringList const& arguments, QString const& folder);
+ZAB_SHARED_API COMMAND_RESULT run_command(QString const& program, QStringList const& arguments, QString const& folder);
 
 }  // namespace framework

@@ -1,0 +1,92 @@
+#include "dds/gamma_curve.hpp"
+#include "dds/reduce_image.hpp"
+#include "tests/dds/test_images.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using IMAGE_LOADER::IMAGE;
+
+IMAGE blank(std::uint32_t width, std::uint32_t height, std::uint32_t levels) {
+    // Every texel tells which level it belongs to.
+    return make_image(
+        width, height,
+        [](auto, auto, auto level) {
+            return TEXEL{std::uint8_t(level * 10), 1, 2, 255};
+        },
+        levels);
+}
+
+TEST(reduce_image, sizes) {
+    struct CASE {
+        std::uint32_t width, height, levels;
+        std::int32_t drop_mips;
+        std::uint32_t max_size;
+        std::uint32_t expected_width, expected_height, expected_levels;
+    };
+    CASE const cases[] = {
+        {1024, 512, 1, 0, 65536, 1024, 512, 1},  // untouched
+        {1024, 512, 1, 1, 65536, 512, 256, 1},   //
+        {1024, 512, 1, 0, 256, 256, 128, 1},     // until both fit
+        {12, 2048, 1, 0, 256, 6, 1024, 1},       // the floor stops it, too large as it is
+        {7, 7, 1, 3, 65536, 7, 7, 1},            //
+        {8, 9, 1, 1, 65536, 4, 4, 1},            //
+        {64, 64, 7, 2, 65536, 16, 16, 5},        // levels are dropped, not resampled
+        {64, 64, 7, 0, 4, 4, 4, 3},              // no floor for them
+        {64, 64, 2, 3, 65536, 8, 8, 1},          // the chain runs out, halving takes over
+        {64, 32, 1, -5, 65536, 64, 32, 1},       //
+    };
+    for (CASE const& c : cases) {
+        TEST_SINK sink;
+        IMAGE image = blank(c.width, c.height, c.levels);
+        EXPECT_TRUE(reduce_image(sink, image, c.drop_mips, c.max_size, false, 2.2F));
+        EXPECT_EQ(image.width(), c.expected_width);
+        EXPECT_EQ(image.height(), c.expected_height);
+        EXPECT_EQ(image.number_of_mips(), c.expected_levels);
+        EXPECT_EQ(sink.lines, QStringList());
+    }
+}
+
+TEST(reduce_image, dropped_levels_keep_the_texels_of_the_rest) {
+    TEST_SINK sink;
+    IMAGE image = blank(64, 64, 7);
+    ASSERT_TRUE(reduce_image(sink, image, 2, 65536, true, 2.2F));
+    EXPECT_EQ(texel_at(image, 3, 3, 0), (TEXEL{20, 1, 2, 255}));
+    EXPECT_EQ(texel_at(image, 0, 0, 4), (TEXEL{60, 1, 2, 255}));
+}
+
+TEST(reduce_image, averages_of_blocks) {
+    auto const corner = [](auto x, auto y, auto) -> TEXEL {
+        bool const lit = x % 2 == 0 && y % 2 == 0;
+        return lit ? TEXEL{255, 2, 100, 255} : TEXEL{0, 1, 100, 0};
+    };
+    TEST_SINK sink;
+    IMAGE plain = make_image(8, 8, corner);
+    ASSERT_TRUE(reduce_image(sink, plain, 1, 65536, false, 2.2F));
+    // (255 + 0 + 0 + 0 + 2) / 4, (2 + 1 + 1 + 1 + 2) / 4 with the remainder dropped.
+    EXPECT_EQ(texel_at(plain, 1, 1), (TEXEL{64, 1, 100, 64}));
+
+    IMAGE gamma = make_image(8, 8, corner);
+    ASSERT_TRUE(reduce_image(sink, gamma, 1, 65536, true, 2.2F));
+    // 255 × 0.25^(1/2.2) = 135.8; alpha has no curve.
+    EXPECT_EQ(texel_at(gamma, 2, 2), (TEXEL{136, 1, 100, 64}));
+}
+
+TEST(gamma_curve, steps_give_what_the_powers_give) {
+    GAMMA_CURVE const& curve = GAMMA_CURVE::standard();
+    for (int i = 0; i <= 100000; ++i) {
+        float const linear = static_cast<float>(i) / 100000.0F;
+        auto const power = static_cast<float>(std::pow(double{linear}, double{1.0F / 2.2F}));
+        ASSERT_EQ(curve.to_byte(linear), static_cast<int>(std::min(power * 255.0F + 0.5F, 255.0F))) << linear;
+    }
+    for (int value = 0; value < 256; ++value) {
+        auto const byte = static_cast<std::uint8_t>(value);
+        EXPECT_EQ(curve.to_byte(curve.to_linear(byte)), byte);
+    }
+    EXPECT_EQ(curve.to_byte(1.5F), 255);
+}
+
+}  // namespace

@@ -1,0 +1,104 @@
+// The asset graph with its files, and the tables that it is read beside.
+#include "host/framework/asset_fragment_file.hpp"
+#include "host/framework/xml_tables.hpp"
+#include "processor/host/asset_graph.hpp"
+#include "processor/host/case_insensitive_compare_string.hpp"
+#include "processor/host/paths.hpp"
+#include "tests/host/framework/test_folder.hpp"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using QTSHARED::ASSET_FRAGMENT_BUILDER;
+using QTSHARED::ASSET_GRAPH;
+
+TEST(asset_graph, refuses_what_does_not_fit_and_stays_as_it_was) {
+    ASSET_GRAPH graph;
+    ASSET_FRAGMENT_BUILDER first("/a.agf");
+    first.add_fragment("x", "/x", "pack");
+    QString error;
+    ASSERT_TRUE(graph.add(first, error));
+
+    ASSET_FRAGMENT_BUILDER second("/b.agf");
+    second.add_fragment("y", "/y", "");
+    second.add_fragment("x", "/x", "");
+    EXPECT_FALSE(graph.add(second, error));
+    EXPECT_EQ(error, "/b.agf: the asset-graph fragment 'x' already stands in /a.agf");
+    ASSET_FRAGMENT_BUILDER nameless("/c.agf");
+    nameless.add_fragment("", "/x", "");
+    EXPECT_FALSE(graph.add(nameless, error));
+    EXPECT_EQ(error, "/c.agf: an asset-graph fragment has no name");
+    ASSET_FRAGMENT_BUILDER stray("/d.agf");
+    stray.add_dependency("z", "x", "all", "");
+    EXPECT_FALSE(graph.add(stray, error));
+    EXPECT_EQ(error, "/d.agf: a dependency on 'x' belongs to the unknown fragment 'z'");
+    EXPECT_EQ(graph.packages(), (QHash<QString, QString>{{"x", "pack"}}));
+
+    // The same file again, with another fragment: the former one is free.
+    ASSET_FRAGMENT_BUILDER again("/a.agf");
+    again.add_fragment("w", "/w", "");
+    ASSERT_TRUE(graph.add(again, error));
+    EXPECT_TRUE(graph.add(second, error)) << error.toStdString();
+    AGF_DEPENDENCY_BUILDER::add_referenced_fragment("img_db__core", "core", nullptr, &graph);
+    EXPECT_EQ(AGF_DEPENDENCY_BUILDER::get_asset_fragment_packages(nullptr, &graph).value("img_db__core"), "core");
+}
+
+TEST(asset_graph, files_hold_logical_paths) {
+    TEST_FOLDER const folder;
+    PATHS::set_roots(PHYSICAL_PATH(folder.path("raw")), PHYSICAL_PATH(folder.path("out")));
+    ASSET_FRAGMENT_BUILDER builder(folder.path("x.texture_array.agf"));
+    builder.add_fragment("d/x <&>", folder.path("raw/d/x.texture_array"), "");
+    builder.add_dependency("d/x <&>", "textures/a.dds", "all", "");
+    QString error;
+    ASSERT_TRUE(framework::save_asset_fragment_file(builder, error)) << error.toStdString();
+    QFile file(builder.id());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll().toStdString(),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<asset_fragments>\n"
+              "    <fragment name=\"d/x &lt;&amp;&gt;\" file=\"&lt;raw&gt;/d/x.texture_array\">\n"
+              "        <dependency fragment=\"textures/a.dds\" kind=\"all\"/>\n"
+              "    </fragment>\n"
+              "</asset_fragments>\n");
+    EXPECT_FALSE(framework::save_asset_fragment_file(ASSET_FRAGMENT_BUILDER(folder.path("none/x.agf")), error));
+    EXPECT_TRUE(error.startsWith("Failed to write '" + folder.path("none/x.agf") + "': ")) << error.toStdString();
+}
+
+TEST(xml_tables, rows_by_key) {
+    TEST_FOLDER const folder;
+    framework::XML_TABLES tables;
+    QString error;
+    ASSERT_TRUE(tables.load(
+        "t", folder.write("t.xml", "<table key=\"Id\"><row id=\"North\" Pack=\"n\"/><row ID=\"b\"/></table>"), error))
+        << error.toStdString();
+    EXPECT_TRUE(tables.has_table("t"));
+    EXPECT_EQ(tables.keys("t"), (QStringList{"North", "b"}));
+    EXPECT_EQ(tables.value("t", "NORTH", "pack"), "n");
+    EXPECT_EQ(tables.value("t", "b", "pack"), "");
+    EXPECT_EQ(tables.value("u", "b", "pack"), "");
+
+    struct {
+        char const* text;
+        char const* message;
+    } const cases[] = {
+        {"<rows/>", "the root element is not 'table'"},
+        {"<table><row/></table>", "a row without a value for its key 'name'"},
+        {"<table>\n<row name='a'/>\n<row name='A'/></table>", "a second row for 'A'"},
+        {"<table><line name='a'/></table>", "a table holds rows, not 'line'"},
+        {"<table><row name='a'></table>", "mismatch"},
+    };
+    for (auto const& c : cases) {
+        QString const path = folder.write("bad.xml", c.text);
+        EXPECT_FALSE(tables.load("bad", path, error)) << c.text;
+        EXPECT_TRUE(error.startsWith(path + ':') && error.contains(c.message)) << error.toStdString();
+    }
+    EXPECT_FALSE(tables.has_table("bad"));
+}
+
+TEST(case_insensitive_compare_string, order) {
+    EXPECT_FALSE(CASE_INSENSITIVE_COMPARE_STRING("ab") < CASE_INSENSITIVE_COMPARE_STRING("AB"));
+    EXPECT_TRUE(CASE_INSENSITIVE_COMPARE_STRING("AB") < CASE_INSENSITIVE_COMPARE_STRING("ac"));
+}
+
+}  // namespace

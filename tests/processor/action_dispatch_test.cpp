@@ -1,0 +1,131 @@
+// Which actions a file table gets. Every action is written as one text, "name -> target", so that a whole pass compares
+// as a list; errors are written "name ! message".
+#include "processor/action_dispatch.hpp"
+#include "processor/host/paths.hpp"
+#include "processor/suffixed_working_path.hpp"
+#include "processor/texture_processor.hpp"
+#include "tests/support/test_rules.hpp"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+constexpr char const* clash = "generation of the same texture. You probably don't need this file as a raw data.";
+
+/// The actions for these logical paths below "<raw>/", in their order.
+QStringList dispatched(QStringList const& names, RULE_CACHE const& rules) {
+    PATHS::set_roots(PHYSICAL_PATH(QStringLiteral("/raw")), PHYSICAL_PATH(QStringLiteral("/out")));
+    std::vector<std::unique_ptr<FILE_ENTRY>> entries;
+    FILE_MAP files;
+    for (QString const& name : names) {
+        entries.push_back(std::make_unique<FILE_ENTRY>(FILE_ENTRY{PHYSICAL_PATH("/raw/" + name), {}}));
+        files.insert(LOGICAL_PATH("<raw>/" + name), entries.back().get());
+    }
+    TEXTURE_PROCESSOR processor;
+    QStringList texts;
+    for (ACTION_INTERFACE* const made : processor.create_actions(files, rules)) {
+        std::unique_ptr<ACTION_INTERFACE> const action(made);
+        QVector<LOGICAL_PATH> sources;
+        QVector<ACTION_INTERFACE::TARGET_FILE> targets;
+        QDateTime newest;
+        action->get_affected_files(sources, targets, newest, files, rules);
+        EXPECT_FALSE(sources.isEmpty());
+        texts.append(action->get_name(true));
+        if (!action->error().isEmpty())
+            texts.back() += " ! " + action->error();
+        else
+            texts.back() += " -> " + targets.value(0).physical_path.text();
+    }
+    return texts;
+}
+
+QStringList list(std::initializer_list<QString> texts) {
+    return texts;
+}
+
+TEST(action_dispatch, suffixes_and_siblings) {
+    TEST_RULES rules;
+    rules.add("", "Texture", {{"TargetPath", "t/{dir}"}});
+    struct CASE {
+        char const* what;
+        QStringList files;
+        QStringList expected;
+    };
+    CASE const cases[] = {
+        {"plain images", list({"a.tga", "b.png", "d/c.v2.dds"}),
+         list({"Convert texture (a.tga) -> /out/t/a.dds", "Convert texture (b.png) -> /out/t/b.dds",
+               "Convert texture (d/c.v2.dds) -> /out/t/d/c.v2.dds"})},
+        {"no image, plain tif, upper case", list({"a.txt", "a.tif", "a.TGA", "a.jpg", "a.texture_array"}), {}},
+        {"blend map sources", list({"x_flow.tif", "x_wear.tif", "x_deposition.tif"}), {}},
+        {"a gloss source with underscore words", list({"x_spec_gloss.tga"}),
+         list({"Convert texture (x_spec_gloss.tga) -> /out/t/x_spec_gloss.dds"})},
+        {"gloss map clashes", list({"d/x_gloss.tga", "d/x_gloss_map.tga"}),
+         list({QString("Convert texture (x_gloss_map.tga) ! This action is clashing with the gloss map ") + clash})},
+        {"gloss map without gloss", list({"x_gloss_map.tga"}),
+         list({"Convert texture (x_gloss_map.tga) -> /out/t/x_gloss_map.dds"})},
+        {"material map clashes", list({"x_material_map.tga", "x_smoothness.tga"}),
+         list({QString("Convert texture (x_material_map.tga) ! This action is clashing with the material map ") +
+               clash})},
+        {"curvature clash needs no sibling", list({"x_curvature_translucency.tga", "x_translucency.tga"}),
+         list({QString("Convert texture (x_curvature_translucency.tga) ! This action is clashing with the "
+                       "curvature_translucency map ") +
+               clash})},
+        {"billboard halves", list({"a_billboard_normal.tga", "b_billboard_displacement.tga"}),
+         list({"Convert billboard (a_billboard_normal.tga) ! Displacement map not found!",
+               "Convert billboard (b_billboard_displacement.tga) ! Normal map not found!"})},
+        {"a whole billboard makes no error", list({"a_billboard_displacement.tga", "a_billboard_normal.tga"}), {}},
+        {"faction mask taken by gloss", list({"x_factionmask.tga", "x_gloss.tga", "y_factionmask.tga"}),
+         list({"Convert texture (y_factionmask.tga) -> /out/t/y_factionmask.dds"})},
+        {"numbered masks are no textures of their own", list({"a_mask1.tga", "a_mask3.tga", "a_mask5.tga"}),
+         list({"Convert texture (a_mask5.tga) -> /out/t/a_mask5.dds"})},
+    };
+    for (CASE const& c : cases)
+        EXPECT_EQ(dispatched(c.files, rules), c.expected) << c.what;
+}
+
+TEST(action_dispatch, which_rule_is_active) {
+    QStringList const converted = list({"Convert texture (d/a.tga) -> /out/t/a.dds"});
+    QStringList const no_target = list({"Convert texture (d/a.tga) ! No target path has been specified in the rule!"});
+    struct CASE {
+        char const* what;
+        TEST_RULES rules;
+        QStringList expected;
+    };
+    CASE const cases[] = {
+        {"no rule", {}, {}},
+        {"texture rule", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}}), converted},
+        {"an empty target path is a path", TEST_RULES().add("", "Texture", {{"TargetPath", ""}}),
+         list({"Convert texture (d/a.tga) -> /out/a.dds"})},
+        {"base name", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"TargetBaseName", "n.1"}}),
+         list({"Convert texture (d/a.tga) -> /out/t/n.1.dds"})},
+        {"texture rule without target, no old rule", TEST_RULES().add("", "Texture", {{"Mipmaps", true}}), {}},
+        {"texture rule without target, old rule says where",
+         TEST_RULES().add("", "Texture", {}).add("", "TextureOld", {{"TargetPath", "t"}}), converted},
+        {"nobody says where", TEST_RULES().add("", "Texture", {}).add("", "TextureOld", {{"ForbidDXT1", 1}}),
+         no_target},
+        {"place holders", TEST_RULES().add("", "Texture", {{"TargetPath", "/x//{dir}/{name}/"}}),
+         list({"Convert texture (d/a.tga) -> /out//x/d/a/a.dds"})},
+        {"another format is no DDS", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "PNG"}}), {}},
+        {"DDS in capitals", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "DDS"}}), converted},
+        {"alpha-blend pair",
+         TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"ExportExtraAlphaBlendTexture", true}}),
+         list({"Convert texture (d/a.tga) -> /out/t/a.dds", "Convert texture (d/a.tga) -> /out/t/a_ab.dds"})},
+        {"atlas without size", TEST_RULES().add("", "Atlas", {{"TargetBaseName", "p"}, {"Width", "0"}, {"Height", 64}}),
+         list({"Create atlas ! No target base name or width or height has been specified in the rule!"})},
+        {"atlas error follows the conversion",
+         TEST_RULES().add("", "Texture", {{"TargetPath", "t"}}).add("", "Atlas", {{"Width", 64}, {"Height", 64}}),
+         converted + list({"Create atlas ! No target base name or width or height has been specified in the rule!"})},
+    };
+    for (CASE const& c : cases)
+        EXPECT_EQ(dispatched(list({"d/a.tga"}), c.rules), c.expected) << c.what;
+}
+
+TEST(suffixed_working_path, keeps_place_and_extension) {
+    PATHS::set_roots(PHYSICAL_PATH(QStringLiteral("/raw")), PHYSICAL_PATH(QStringLiteral("/out")));
+    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/raw/d/a.b.tga")), "/w", "_ab"), "/w/d/a.b_ab.tga");
+    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/out/a.dds")), "/w", "_ab"), "/w/a_ab.dds");
+}
+
+}  // namespace
