@@ -34,6 +34,10 @@ class BadSources(ProjectTest):
         self.fails(b"\0\0\2", NO_TGA, "the file has 3 bytes, too few for a TGA header")
 
     def test_unreadable_file(self):
+        try:
+            self.zab("--version", user=65534 if os.geteuid() == 0 else None)
+        except PermissionError:
+            self.skipTest("the program lies where an ordinary user cannot go")
         self.fails(tga(8, 8), NO_TGA, "Permission denied", prepare=lambda path: path.chmod(0),
                    user=65534 if os.geteuid() == 0 else None)
 

@@ -80,6 +80,12 @@ class Build(ProjectTest):
         self.check(["build", "raw_data/a.tga"], 1)
         self.assertEqual(self.files(), [])
 
+    def test_success_without_a_file_is_told(self):
+        self.write({"zab.toml": RULE + 'Compressor = "quick"\n'})
+        status, _, err = self.zab("build", "raw_data/a.tga")
+        self.assertEqual(status, 0)
+        self.assertRegex(err, r"\A\[1/1\] made no file: Convert texture \(a.tga\)\n(.+\n)+0 built, 1 made no file, 0 failed")
+
     def test_fail_fast(self):
         status, _, err = self.zab("build", "--fail-fast", "raw_data/ui")
         self.assertEqual(status, 1)
