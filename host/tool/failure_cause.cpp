@@ -5,13 +5,11 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <optional>
-
 namespace tool {
 
 namespace {
 
-// The kind that a file of this extension holds, as describe() names kinds; empty for files that are no images.
+// The kind that a file of this extension holds; empty for files that are no images.
 QString kind_of_name(QString const& path) {
     QString const extension = QFileInfo(path).suffix().toUpper();
     if (extension == QLatin1String("JPEG"))
@@ -21,6 +19,25 @@ QString kind_of_name(QString const& path) {
     for (char const* kind : {"TGA", "PNG", "JPG", "TIF", "DDS"})
         if (extension == QLatin1String(kind))
             return extension;
+    return {};
+}
+
+// The kind that the file's first bytes give away; empty for TGA, which has no signature, and for everything else.
+QString kind_of_signature(QByteArray const& bytes) {
+    struct SIGNATURE {
+        QByteArray bytes;
+        char const* kind;
+    };
+    static SIGNATURE const signatures[] = {
+        {QByteArrayLiteral("\x89PNG\r\n\x1a\n"), "PNG"},
+        {QByteArrayLiteral("DDS "), "DDS"},
+        {QByteArrayLiteral("\xff\xd8\xff"), "JPG"},
+        {QByteArrayLiteral("II*\0"), "TIF"},
+        {QByteArrayLiteral("MM\0*"), "TIF"},
+    };
+    for (SIGNATURE const& signature : signatures)
+        if (bytes.startsWith(signature.bytes))
+            return QLatin1String(signature.kind);
     return {};
 }
 
@@ -38,16 +55,13 @@ QString why_unreadable(QString const& path) {
         return file.errorString();
     if (file.size() == 0)
         return QStringLiteral("the file is empty");
+    QString const held = kind_of_signature(file.read(8));
+    if (!held.isEmpty() && held != kind)
+        return QStringLiteral("the file holds a %1 image, not %2").arg(held, kind);
     file.close();
 
     std::filesystem::path const native = native_path(path);
     std::string cause;
-    std::optional<IMAGE_LOADER::FILE_DESCRIPTION> const description = IMAGE_LOADER::describe(native, cause);
-    if (!description)
-        return QString::fromStdString(cause);
-    QString const held = QString::fromStdString(description->kind);
-    if (held != kind)
-        return QStringLiteral("the file holds a %1 image, not %2").arg(held, kind);
     if (!IMAGE_LOADER::load_picture(native, 0, 0, cause))
         return QString::fromStdString(cause);
     return {};

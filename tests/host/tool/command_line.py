@@ -1,0 +1,71 @@
+"""What the tests of the command share: a project in a folder of its own, images made from numbers, and the program run
+as a person runs it. Root's eyes see everything, so where permissions matter the program runs as an ordinary user."""
+
+import os
+import pathlib
+import shutil
+import struct
+import subprocess
+import tempfile
+import unittest
+import zlib
+
+ZAB = os.environ.get("ZAB", "build/release/bin/zab")
+PLUGIN = os.environ.get("ZAB_PLUGIN", "build/release/lib/zab/ZAB_Texture.so")
+
+RULE = '[[rule]]\nname = "Texture"\nTargetPath = "textures/{dir}"\nCompressionFormat = "rgba"\n'
+
+
+def tga(width, height, texels=None):
+    """32 bits, bottom-left origin."""
+    if texels is None:
+        texels = b"".join(bytes([x * 16 % 256, y * 16 % 256, 77, 255]) for y in range(height) for x in range(width))
+    return struct.pack("<BBBHHBHHHHBB", 0, 0, 2, 0, 0, 0, 0, 0, width, height, 32, 8) + texels
+
+
+def png(width, height):
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+
+    rows = b"".join(b"\0" + bytes([200, 100, 50, 255]) * width for _ in range(height))
+    header = struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0)
+    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
+
+
+class ProjectTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zab-test-")).resolve()
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.folder.chmod(0o755)
+
+    def write(self, files):
+        """Names (text or bytes) to contents; a name that ends in a slash is a folder."""
+        for name, contents in files.items():
+            path = os.path.join(os.fsencode(self.folder), os.fsencode(name))
+            os.makedirs(path if path.endswith(b"/") else os.path.dirname(path), exist_ok=True)
+            if not path.endswith(b"/"):
+                with open(path, "wb") as file:
+                    file.write(contents.encode() if isinstance(contents, str) else contents)
+
+    def zab(self, *arguments, folder=".", user=None, environment=None):
+        """Exit status, standard output and standard error, the project's folder in them written as "@"."""
+        plugin = [] if "--plugin" in arguments else ["--plugin", PLUGIN]
+        run = subprocess.run(
+            [os.path.abspath(ZAB), *plugin, *arguments], cwd=self.folder / folder, user=user, capture_output=True,
+            timeout=120, env={"LC_ALL": "C", "PATH": "/usr/bin:/bin", "HOME": str(self.folder), **(environment or {})})
+        shown = [text.decode().replace(str(self.folder), "@") for text in (run.stdout, run.stderr)]
+        return run.returncode, *shown
+
+    def check(self, arguments, status, out=None, err=None, **options):
+        """Compares whole streams; None means that this one does not matter."""
+        got = self.zab(*arguments, **options)
+        self.assertEqual(got[0], status, got)
+        if out is not None:
+            self.assertEqual(got[1], out)
+        if err is not None:
+            self.assertEqual(got[2], err)
+        return got
+
+    def files(self, folder="working_data"):
+        root = self.folder / folder
+        return sorted(str(path.relative_to(root)) for path in root.rglob("*") if not path.is_dir())
