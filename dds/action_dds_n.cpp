@@ -95,8 +95,21 @@ QString ACTION_DDS_N::get_name(bool detailed) {
                     : name;
 }
 
-bool ACTION_DDS_N::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const& rule_cache,
+bool ACTION_DDS_N::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const& rules,
                            FILE_MAP const&) {
+    bool converted = false;
+    try {
+        converted = convert_source(source, target, rules);
+    } catch (std::bad_alloc const&) {
+        add_output_line(QStringLiteral("Not enough memory to convert '") + source + QLatin1Char('\''));
+    }
+    if (!converted)
+        QFile::remove(target);
+    return converted;
+}
+
+bool ACTION_DDS_N::convert_source(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target,
+                                  RULE_CACHE const& rule_cache) {
     TEXTURE_RULES rules;
     if (!read_texture_rules(*this, rule_cache, logical_source(), rules)) {
         add_output_line(QStringLiteral("Failed in gathering the rules"));
@@ -113,15 +126,7 @@ bool ACTION_DDS_N::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& tar
         rules.premultiplied_alpha = premultiplied_override_ == QLatin1String("true");
 
     bool const is_tga = source.text().endsWith(QLatin1String(".tga"), Qt::CaseInsensitive);
-    bool compressed = false;
-    try {
-        compressed = is_tga ? compress_tga(*this, rules, source, target) : compress_other(*this, rules, source, target);
-    } catch (std::bad_alloc const&) {
-        add_output_line(QStringLiteral("Not enough memory to convert '") + source + QLatin1Char('\''));
-    }
-    if (!compressed)
-        QFile::remove(target);
-    return compressed;
+    return is_tga ? compress_tga(*this, rules, source, target) : compress_other(*this, rules, source, target);
 }
 
 void ACTION_DDS_N::add_output_line(QString line) {

@@ -20,6 +20,8 @@ public:
     void add_output_line(QString line) override;
 
 private:
+    bool convert_source(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const& rule_cache);
+
     QString compressor_override_;
     QString format_override_;
     QString premultiplied_override_;

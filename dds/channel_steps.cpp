@@ -33,9 +33,12 @@ std::unique_ptr<PRODUCTS const> make_products(PRODUCT product) {
 }
 
 PRODUCTS const& products(bool need_gamma_correction) {
+    if (need_gamma_correction) {
+        static std::unique_ptr<PRODUCTS const> const gamma = make_products(gamma_product);
+        return *gamma;
+    }
     static std::unique_ptr<PRODUCTS const> const plain = make_products(plain_product);
-    static std::unique_ptr<PRODUCTS const> const gamma = make_products(gamma_product);
-    return need_gamma_correction ? *gamma : *plain;
+    return *plain;
 }
 
 template <typename STEP>

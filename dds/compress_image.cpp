@@ -5,6 +5,7 @@
 #include "dds/compression_format.hpp"
 #include "dds/one_bit_alpha_chain.hpp"
 #include "dds/reduce_image.hpp"
+#include "dds/working_image.hpp"
 #include "platform/image_loader/convert.hpp"
 
 #include <string>
@@ -22,10 +23,10 @@ bool are_sides_allowed(QString const& format_name, IMAGE const& image) {
 
 /// All levels of `source` in four 8-bit channels; not valid when one cannot be converted.
 IMAGE make_working_copy(IMAGE const& source, bool is_png) {
-    IMAGE copy(source.width(), source.height(), source.number_of_mips(),
-               is_png ? IMAGE_LOADER::TTF_R8G8B8A8 : IMAGE_LOADER::TTF_B8G8R8A8);
+    IMAGE copy = make_working_image(source.width(), source.height(), source.number_of_mips(),
+                                    is_png ? IMAGE_LOADER::TTF_R8G8B8A8 : IMAGE_LOADER::TTF_B8G8R8A8);
     std::string cause;
-    for (std::uint32_t level = 0; copy.valid() && level < copy.number_of_mips(); ++level) {
+    for (std::uint32_t level = 0; level < copy.number_of_mips(); ++level) {
         if (!IMAGE_LOADER::convert(source, level, copy, level, cause))
             return IMAGE::failed(cause);
     }

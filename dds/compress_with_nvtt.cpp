@@ -1,10 +1,15 @@
 #include "dds/compress_with_nvtt.hpp"
 
+#include "platform/dds_container/dds_container.hpp"
 #include "platform/qe/fp_state.hpp"
 
 #include <QFile>
 
 #include <nvtt/nvtt.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
 
 namespace {
 
@@ -35,6 +40,36 @@ private:
 
     OUTPUT_LINE_SINK* sink_;
 };
+
+/// The library's default floating-point state while this lives.
+class FOREIGN_FP_STATE {
+public:
+    FOREIGN_FP_STATE() { QE::set_fp_state(false); }
+    FOREIGN_FP_STATE(FOREIGN_FP_STATE const&) = delete;
+    FOREIGN_FP_STATE& operator=(FOREIGN_FP_STATE const&) = delete;
+    ~FOREIGN_FP_STATE() { QE::set_fp_state(true); }
+};
+
+/// Whether the file holds all that its header announces.
+bool is_whole(PHYSICAL_PATH const& path) {
+    QFile file(path.text());
+    std::array<std::uint8_t, dds_container::dx10_header_size> header{};
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    qint64 const read = file.read(reinterpret_cast<char*>(header.data()), static_cast<qint64>(header.size()));
+    if (read < 0)
+        return false;
+    std::string cause;
+    auto const description = dds_container::read_dds_header({header.data(), static_cast<std::size_t>(read)}, cause);
+    return description && static_cast<std::uint64_t>(file.size()) ==
+                              description->header_size() + dds_container::payload_size(*description);
+}
+
+bool process(nvtt::Compressor const& compressor, nvtt::InputOptions const& input,
+             nvtt::CompressionOptions const& compression, nvtt::OutputOptions const& output) {
+    FOREIGN_FP_STATE const state;
+    return compressor.process(input, compression, output);
+}
 
 void set_mip_data(nvtt::InputOptions& input, IMAGE const& image, std::uint32_t source_level, int level) {
     input.setMipmapData(image.level(source_level).data(), static_cast<int>(image.level_width(source_level)),
@@ -88,8 +123,12 @@ bool compress_with_nvtt(OUTPUT_LINE_SINK& sink, PHYSICAL_PATH const& target, BAC
     output.setFileName(QFile::encodeName(target).constData());
     output.setErrorHandler(&errors);
 
-    QE::set_fp_state(false);
-    bool const done = compressor.process(input, compression, output);
-    QE::set_fp_state(true);
-    return done;
+    if (!process(compressor, input, compression, output))
+        return false;
+    // The library does not look whether its writes arrive: on a full disk it reports success.
+    if (!is_whole(target)) {
+        errors.error(nvtt::Error_FileWrite);
+        return false;
+    }
+    return true;
 }

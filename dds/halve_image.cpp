@@ -1,5 +1,7 @@
 #include "dds/halve_image.hpp"
 
+#include "dds/working_image.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -37,7 +39,7 @@ IMAGE_LOADER::IMAGE halve_image(IMAGE_LOADER::IMAGE const& source, GAMMA_CURVE c
     std::size_t const source_height = source.height();
     std::uint32_t const width = std::max(source.width() / 2, 1U);
     std::uint32_t const height = std::max(source.height() / 2, 1U);
-    IMAGE_LOADER::IMAGE half(width, height, 1, source.texel_format(), source.image_format());
+    IMAGE_LOADER::IMAGE half = make_working_image(width, height, 1, source.texel_format(), source.image_format());
     std::size_t const pitch = source.get_image_info().surfaces[0].row_pitch;
     std::uint8_t const* const texels = source.level(0).data();
     std::uint8_t* out = half.level(0).data();

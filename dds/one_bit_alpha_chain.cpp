@@ -1,6 +1,7 @@
 #include "dds/one_bit_alpha_chain.hpp"
 
 #include "dds/gamma_curve.hpp"
+#include "dds/working_image.hpp"
 
 #include <algorithm>
 #include <array>
@@ -103,7 +104,7 @@ std::vector<IMAGE> make_one_bit_alpha_chain(IMAGE const& top, bool need_gamma_co
     for (std::uint32_t width = top.width(), height = top.height(); width > 1 || height > 1;) {
         width = std::max(width / 2, 1U);
         height = std::max(height / 2, 1U);
-        IMAGE& level = chain.emplace_back(width, height, 1, top.texel_format());
+        IMAGE& level = chain.emplace_back(make_working_image(width, height, 1, top.texel_format()));
         std::span<std::uint8_t> const texels = level.level(0);
         for (std::size_t y = 0; y < height; ++y) {
             for (std::size_t x = 0; x < width; ++x)

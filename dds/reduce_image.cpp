@@ -1,6 +1,7 @@
 #include "dds/reduce_image.hpp"
 
 #include "dds/halve_image.hpp"
+#include "dds/working_image.hpp"
 #include "platform/image_loader/convert.hpp"
 
 #include <optional>
@@ -21,11 +22,12 @@ IMAGE_LOADER::TEXTURE_TEXEL_FORMAT working_texel_format(IMAGE const& image) {
 /// Levels `first` and below of `image` as an image of four 8-bit channels. Not valid when one cannot be converted.
 IMAGE levels_from(IMAGE const& image, std::uint32_t first) {
     std::uint32_t const count = image.number_of_mips() - first;
-    IMAGE levels(image.level_width(first), image.level_height(first), count, working_texel_format(image));
-    std::string cause = levels.cause();
-    for (std::uint32_t level = 0; levels.valid() && level < count; ++level) {
+    IMAGE levels =
+        make_working_image(image.level_width(first), image.level_height(first), count, working_texel_format(image));
+    std::string cause;
+    for (std::uint32_t level = 0; level < count; ++level) {
         if (!IMAGE_LOADER::convert(image, first + level, levels, level, cause))
-            levels = IMAGE::failed(cause);
+            return IMAGE::failed(cause);
     }
     return levels;
 }

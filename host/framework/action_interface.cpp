@@ -15,7 +15,7 @@ ACTION_INTERFACE::ACTION_INTERFACE(ACTION_INTERFACE const& other)
     : processor_(other.processor_),
       error_(other.error_),
       dependencies_(other.dependencies_),
-      progress_max_(other.progress_max_) {
+      progress_max_(other.progress_max()) {
 }
 
 ACTION_INTERFACE::~ACTION_INTERFACE() = default;

@@ -119,6 +119,8 @@ protected:
     void set_progress_value(int progress) { progress_ = progress; }
 
 private:
+    friend class ACTION_PROGRESS;
+
     void note_version_control(std::optional<QString> const& failure);
 
     PROCESSOR_INTERFACE& processor_;
@@ -128,7 +130,7 @@ private:
     QVector<REGISTERED_FILE> registered_;
     std::function<void(QString const&)> listener_;
     bool version_control_failed_ = false;
-    int progress_max_ = 0;
+    std::atomic<int> progress_max_{0};
     std::atomic<int> progress_{0};
     std::atomic<bool> aborted_{false};
 };

@@ -9,6 +9,11 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <set>
+
+#include <sys/resource.h>
+
 namespace {
 
 class NO_PROCESSOR : public PROCESSOR_INTERFACE {
@@ -155,7 +160,7 @@ TEST_F(ACTION_DDS_N_RUN, texels_arrive) {
     EXPECT_EQ(shown(0, 0)[3], 0);
     EXPECT_EQ(shown(7, 0)[3], 255);
     // A PNG's working image keeps its byte order, so red and blue come out exchanged.
-    run("c.png", png(8, 8), {{"CompressionFormat", "rgba"}});
+    run("c.PNG", png(8, 8), {{"CompressionFormat", "rgba"}});
     EXPECT_EQ(shown(1, 1), (std::array{10, 20, 250, 255}));
 }
 
@@ -178,6 +183,75 @@ TEST_F(ACTION_DDS_N_RUN, premultiplied_alpha_and_the_one_bit_chain) {
     for (std::size_t alpha = 3; alpha < level->rgba.size(); alpha += 4)
         opaque += level->rgba[alpha] == 255;
     EXPECT_EQ(opaque, 32);
+}
+
+TEST_F(ACTION_DDS_N_RUN, compressor_settings_matter) {
+    QByteArray const rough = tga(32, 32, [](int x, int y) {
+        return std::array{(x * x + y * 7) % 256, (x * y * 3) % 256, (x * 37 + y * y) % 256, 255};
+    });
+    auto const bytes = [&](TEST_RULES::PROPERTIES properties) {
+        EXPECT_EQ(run("a.tga", rough, properties), ACTION_INTERFACE::STATUS_SUCCEEDED) << lines.toStdString();
+        QFile file(target);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    };
+    QByteArray const box = bytes({});
+    EXPECT_EQ(bytes({}), box);
+    EXPECT_EQ(bytes({{"MipMapFilterType", ""}, {"MipmMapFilterType", "Box"}}), box);
+    QByteArray const kaiser = bytes({{"MipMapFilterType", ""}, {"MipmMapFilterType", "Kaiser"}});
+    QByteArray const triangle = bytes({{"MipMapFilterType", ""}, {"MipmMapFilterType", "triangle"}});
+    QByteArray const normal = bytes({{"NormalMap", true}});
+    QByteArray const fastest = bytes({{"FastestCompressionQuality", true}});
+    QByteArray const gamma = bytes({{"CompressionFormat", "dxt5n"}, {"NeedGammaCorrection", true}});
+    QByteArray const no_gamma = bytes({{"CompressionFormat", "dxt5n"}});
+    std::set<QByteArray> const all{box, kaiser, triangle, normal, fastest, gamma, no_gamma};
+    EXPECT_EQ(all.size(), 7U);
+    // Filters change levels, not the top.
+    EXPECT_EQ(kaiser.mid(128, 512), box.mid(128, 512));
+}
+
+TEST_F(ACTION_DDS_N_RUN, dds_sources_keep_their_levels) {
+    run("a.tga", plain_tga(16, 16), {{"CompressionFormat", "dxt1"}});
+    QFile file(target);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(run("b.dds", file.readAll(), {{"CompressionFormat", "rgba"}, {"DropMips", 1}}),
+              ACTION_INTERFACE::STATUS_SUCCEEDED);
+    auto const description = written();
+    EXPECT_EQ(description.width, 8U);
+    EXPECT_EQ(description.mip_count, 4U);
+}
+
+TEST_F(ACTION_DDS_N_RUN, opacity_is_judged_before_channels_move) {
+    // Opaque by alpha, though the parallax shuffle leaves an alpha of 200.
+    QByteArray const opaque = tga(8, 8, [](int, int) { return std::array{10, 20, 200, 255}; });
+    run("a.tga", opaque, {{"CompressionFormat", "dxt1_or_dxt5"}, {"ParallaxMap", true}});
+    EXPECT_EQ(written().four_cc, "DXT1");
+    // Multiplied first, shuffled then: blue 40 is the alpha, alpha 30 · 40 / 255 the red.
+    run("a.tga",
+        tga(8, 8,
+            [](int, int) {
+                return std::array{10, 20, 30, 40};
+            }),
+        {{"CompressionFormat", "rgba"}, {"ParallaxMap", true}, {"PremultipliedAlpha", true}});
+    EXPECT_EQ(shown(0, 0), (std::array{255, 3, 40, 5}));
+}
+
+TEST_F(ACTION_DDS_N_RUN, a_file_that_cannot_be_written_whole_is_a_failure) {
+    // What a full disk does: writes beyond a point do not arrive.
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit const tight{4096, before.rlim_max};
+    std::signal(SIGXFSZ, SIG_IGN);
+    QByteArray const source = plain_tga(64, 64);
+    PHYSICAL_PATH const path(folder.path("raw/a.tga"));
+    folder.write("raw/a.tga", source);
+    ACTION_DDS_N action(path, processor);
+    setrlimit(RLIMIT_FSIZE, &tight);
+    int const status = run(action, TEST_RULES().add("", "Texture", {{"CompressionFormat", "rgba"}}));
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(status, ACTION_INTERFACE::STATUS_FAILED);
+    EXPECT_EQ(lines, "File Writing Error");
+    EXPECT_FALSE(QFile::exists(action.get_target()));
 }
 
 TEST_F(ACTION_DDS_N_RUN, failures_leave_no_target) {

@@ -6,8 +6,7 @@
 namespace {
 
 TEST(compression_format, every_name) {
-    // name; nvtt, DXGI for opaque; the same for translucent; DXGI with gamma correction for opaque and translucent
-    // (with an nvtt format in brackets' place when it stays: -1 means "as without").
+    // With gamma correction a name has DXGI formats of its own, or (as_without) means what it means without.
     struct ROW {
         char const* name;
         int nvtt;

@@ -10,8 +10,7 @@ namespace {
 
 using IMAGE_LOADER::IMAGE;
 
-IMAGE blank(std::uint32_t width, std::uint32_t height, std::uint32_t levels) {
-    // Every texel tells which level it belongs to.
+IMAGE numbered_levels(std::uint32_t width, std::uint32_t height, std::uint32_t levels) {
     return make_image(
         width, height,
         [](auto, auto, auto level) {
@@ -41,7 +40,7 @@ TEST(reduce_image, sizes) {
     };
     for (CASE const& c : cases) {
         TEST_SINK sink;
-        IMAGE image = blank(c.width, c.height, c.levels);
+        IMAGE image = numbered_levels(c.width, c.height, c.levels);
         EXPECT_TRUE(reduce_image(sink, image, c.drop_mips, c.max_size, false, 2.2F));
         EXPECT_EQ(image.width(), c.expected_width);
         EXPECT_EQ(image.height(), c.expected_height);
@@ -52,7 +51,7 @@ TEST(reduce_image, sizes) {
 
 TEST(reduce_image, dropped_levels_keep_the_texels_of_the_rest) {
     TEST_SINK sink;
-    IMAGE image = blank(64, 64, 7);
+    IMAGE image = numbered_levels(64, 64, 7);
     ASSERT_TRUE(reduce_image(sink, image, 2, 65536, true, 2.2F));
     EXPECT_EQ(texel_at(image, 3, 3, 0), (TEXEL{20, 1, 2, 255}));
     EXPECT_EQ(texel_at(image, 0, 0, 4), (TEXEL{60, 1, 2, 255}));

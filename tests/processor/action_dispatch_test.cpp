@@ -112,6 +112,11 @@ TEST(action_dispatch, which_rule_is_active) {
         {"alpha-blend pair",
          TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"ExportExtraAlphaBlendTexture", true}}),
          list({"Convert texture (d/a.tga) -> /out/t/a.dds", "Convert texture (d/a.tga) -> /out/t/a_ab.dds"})},
+        {"the flag of the old rule, when that is active",
+         TEST_RULES()
+             .add("", "Texture", {})
+             .add("", "TextureOld", {{"TargetPath", "t"}, {"ExportExtraAlphaBlendTexture", "1"}}),
+         list({"Convert texture (d/a.tga) -> /out/t/a.dds", "Convert texture (d/a.tga) -> /out/t/a_ab.dds"})},
         {"atlas without size", TEST_RULES().add("", "Atlas", {{"TargetBaseName", "p"}, {"Width", "0"}, {"Height", 64}}),
          list({"Create atlas ! No target base name or width or height has been specified in the rule!"})},
         {"atlas error follows the conversion",
@@ -120,6 +125,22 @@ TEST(action_dispatch, which_rule_is_active) {
     };
     for (CASE const& c : cases)
         EXPECT_EQ(dispatched(list({"d/a.tga"}), c.rules), c.expected) << c.what;
+}
+
+TEST(action_dispatch, rows_that_come_before_others) {
+    QString const atlas = "Create atlas ! No target base name or width or height has been specified in the rule!";
+    TEST_RULES const with_pair =
+        TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"ExportExtraAlphaBlendTexture", true}});
+    EXPECT_EQ(dispatched(list({"x_mask1.tga"}), with_pair),
+              list({"Convert texture (x_mask1.tga) -> /out/t/x_mask1.dds",
+                    "Convert texture (x_mask1.tga) -> /out/t/x_mask1_ab.dds"}));
+    TEST_RULES const only_old = TEST_RULES().add("", "TextureOld", {{"TargetPath", "t"}});
+    EXPECT_EQ(dispatched(list({"a.dds", "a.png"}), only_old), QStringList());
+    // The atlas step looks at every image, converted or not, and at nothing else.
+    TEST_RULES atlas_too = TEST_RULES().add("", "Texture", {{"TargetPath", "t"}}).add("", "Atlas", {});
+    EXPECT_EQ(dispatched(list({"a.tif", "a.texture_array", "a.txt"}), atlas_too), list({atlas}));
+    EXPECT_EQ(dispatched(list({"a_billboard_normal.tga"}), atlas_too),
+              list({"Convert billboard (a_billboard_normal.tga) ! Displacement map not found!", atlas}));
 }
 
 TEST(suffixed_working_path, keeps_place_and_extension) {
