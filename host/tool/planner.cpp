@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <functional>
 #include <queue>
+#include <unordered_map>
 
 namespace tool {
 
@@ -117,15 +118,16 @@ private:
             places.insert(plan_.actions[i].action, i);
         for (std::size_t i = 0; i < plan_.actions.size(); ++i) {
             PLANNED_ACTION& planned = plan_.actions[i];
+            // An action may need every other one, so the search for those known already must be quick.
+            std::unordered_map<std::size_t, std::size_t> known;
             auto const need = [&](std::size_t other, bool optional) {
-                auto const known = std::find_if(planned.needs.begin(), planned.needs.end(),
-                                                [&](auto const& entry) { return entry.action == other; });
                 if (other == i)
                     return;
-                if (known == planned.needs.end())
+                auto const [entry, is_new] = known.emplace(other, planned.needs.size());
+                if (is_new)
                     planned.needs.push_back({other, optional});
                 else
-                    known->optional = known->optional && optional;
+                    planned.needs[entry->second].optional = planned.needs[entry->second].optional && optional;
             };
             for (ACTION_INTERFACE::DEPENDENCY const& dependency : planned.action->dependencies()) {
                 auto const place = places.constFind(dependency.action);
