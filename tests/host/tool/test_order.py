@@ -44,6 +44,12 @@ class Order(ProjectTest):
         self.assertRegex(lines[-1], r"^2 built, 1 made no file, 4 failed in ")
         self.assertEqual(self.files(), ["d", "f"])
 
+    def test_a_file_of_an_earlier_build_is_no_success(self):
+        self.build({"a": "makes a"})
+        status, lines = self.build({"a": "idle\nmakes a"})
+        self.assertEqual((status, lines[:2]), (1, ["[1/1] FAILED: a", "The target was not written: @/working_data/a"]))
+        self.assertEqual(self.files(), [])
+
     def test_circles_are_refused(self):
         status, lines = self.build({"a": "makes a", "b": "reads c\nmakes b", "c": "after d\nmakes c", "d": "reads b",
                                     "e": "after b"})
