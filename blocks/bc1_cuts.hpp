@@ -24,10 +24,8 @@ struct BC1_CUT {
     float unrounded_error_scale;
 };
 
-/// The cuts for a palette of four colours, likeliest first.
-std::span<BC1_CUT const> bc1_four_colour_cuts();
-
-/// The cuts for a palette of three colours, likeliest first; `at[2]` is unused.
-std::span<BC1_CUT const> bc1_three_colour_cuts();
+/// The cuts for a palette of `colours` (4 or 3; for 3, `at[2]` is 16), likeliest first: those that are seldom far from
+/// the best, or all there are.
+std::span<BC1_CUT const> bc1_cuts(int colours, bool all);
 
 }  // namespace blocks

@@ -72,18 +72,25 @@ HWY_INLINE ENDPOINTS single_colour(COLOUR_BLOCKS const& blocks, SINGLE_COLOUR_TA
     return endpoints;
 }
 
-template <int steps>
-HWY_INLINE void try_single_colour(COLOUR_BLOCKS const& blocks, FIT& best) {
-    try_endpoints<steps, false>(
-        blocks, single_colour(blocks, steps == 3 ? single_colour_of_four : single_colour_of_three), best);
+/// Tries the single colour for the blocks in `wanted`. Only those, whatever else shares their vector: what a block
+/// becomes must not depend on its neighbours.
+template <int steps, bool with_alpha>
+HWY_INLINE void try_single_colour(COLOUR_BLOCKS const& blocks, M wanted, FIT& best) {
+    if (hn::AllFalse(FLOATS(), wanted)) {
+        return;
+    }
+    SINGLE_COLOUR_TABLE const& table = steps == 3 ? single_colour_of_four : single_colour_of_three;
+    ENDPOINTS const candidate = single_colour(blocks, table);
+    INDEX_SUMS sums;
+    V const error = evaluate<steps, with_alpha>(blocks, candidate, sums);
+    keep_better(hn::And(wanted, hn::Lt(error, best.error)), candidate, error, best);
 }
 
 /// A cluster fit and its refinement.
 template <int steps>
 HWY_INLINE void try_clusters(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFORT effort, FIT& best) {
-    ENDPOINTS const candidate =
-        cluster_fit<steps>(blocks, axis, steps == 3 ? bc1_four_colour_cuts() : bc1_three_colour_cuts(), best);
-    try_endpoints<steps, false>(blocks, candidate, best);
+    auto const cuts = bc1_cuts(steps + 1, effort == EFFORT::best);
+    try_endpoints<steps, false>(blocks, cluster_fit<steps>(blocks, axis, cuts, best), best);
     refine_by_least_squares<steps, false>(blocks, effort == EFFORT::best ? 4 : 1, best);
 }
 
@@ -92,10 +99,9 @@ HWY_INLINE FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFOR
     FIT best = no_fit();
     try_endpoints<steps, false>(blocks, range_fit(blocks, axis, 1.0f / 32), best);
     refine_by_least_squares<steps, false>(blocks, effort == EFFORT::fast ? 1 : 2, best);
-    bool const some_flat = !hn::AllFalse(FLOATS(), hn::Eq(blocks.spread, set(0)));
-    if (effort != EFFORT::fast || some_flat) {
-        try_single_colour<steps>(blocks, best);
-    }
+    // In a hurry only blocks of one colour take it, to which it matters most.
+    M const single = effort == EFFORT::fast ? hn::Eq(blocks.spread, set(0)) : hn::Ge(blocks.spread, set(0));
+    try_single_colour<steps, false>(blocks, single, best);
     if (effort != EFFORT::fast) {
         try_clusters<steps>(blocks, axis, effort, best);
     }
@@ -108,7 +114,9 @@ HWY_INLINE FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFOR
             }
         }
         try_clusters<steps>(blocks, found_axis, effort, best);
-        refine_by_neighbours<steps, false>(blocks, 4, best);
+    }
+    if (effort != EFFORT::fast) {
+        refine_by_neighbours<steps, false>(blocks, effort == EFFORT::best ? 4 : 1, best);
     }
     return best;
 }
@@ -116,6 +124,7 @@ HWY_INLINE FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFOR
 /// Blocks with transparent texels have three colours, and too few lanes have such blocks for cluster fit to pay.
 HWY_INLINE FIT fit_transparent(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFORT effort) {
     FIT best = no_fit();
+    try_single_colour<2, true>(blocks, hn::Ge(blocks.spread, set(0)), best);
     for (float const inset : {0.0f, 1.0f / 16, 1.0f / 8}) {
         FIT fit = no_fit();
         try_endpoints<2, true>(blocks, range_fit(blocks, axis, inset), fit);

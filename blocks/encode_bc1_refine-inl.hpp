@@ -82,23 +82,26 @@ HWY_INLINE ENDPOINTS fit_endpoints(COLOUR_BLOCKS const& blocks, INDEX_SUMS const
     return fitted;
 }
 
-/// `rounds` times: indices for the best endpoints, endpoints for those indices.
+/// At most `rounds` times: indices for the best endpoints, endpoints for those indices. A block is done at the first
+/// round that does not help it, however long others in its vector go on.
 template <int steps, bool with_alpha>
 HWY_INLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int rounds, FIT& best) {
     INDEX_SUMS sums;
     evaluate<steps, with_alpha>(blocks, best.endpoints, sums);
+    M active = hn::Ge(blocks.spread, set(0));
     for (int round = 0; round < rounds; ++round) {
         ENDPOINTS const candidate = fit_endpoints(blocks, sums);
         V const error = evaluate<steps, with_alpha>(blocks, candidate, sums);
-        M const better = hn::Lt(error, best.error);
-        keep_better(better, candidate, error, best);
-        if (hn::AllFalse(FLOATS(), better)) {
+        active = hn::And(active, hn::Lt(error, best.error));
+        keep_better(active, candidate, error, best);
+        if (hn::AllFalse(FLOATS(), active)) {
             break;
         }
     }
 }
 
-/// At most `rounds` times: every endpoint channel one up and one down, each change kept where it helps.
+/// At most `rounds` times: every endpoint channel one up and one down, each change kept where it helps. A round that
+/// did not help a block would not help it a second time, so going on for the sake of others changes nothing.
 template <int steps, bool with_alpha>
 HWY_INLINE void refine_by_neighbours(COLOUR_BLOCKS const& blocks, int rounds, FIT& best) {
     for (int round = 0; round < rounds; ++round) {
