@@ -72,18 +72,11 @@ HWY_INLINE ENDPOINTS single_colour(COLOUR_BLOCKS const& blocks, SINGLE_COLOUR_TA
     return endpoints;
 }
 
-/// Tries the single colour for the blocks in `wanted`. Only those, whatever else shares their vector: what a block
-/// becomes must not depend on its neighbours.
+/// The table's endpoints: nearly always the best for blocks of one colour, and often for those of nearly one.
 template <int steps, bool with_alpha>
-HWY_INLINE void try_single_colour(COLOUR_BLOCKS const& blocks, M wanted, FIT& best) {
-    if (hn::AllFalse(FLOATS(), wanted)) {
-        return;
-    }
+HWY_INLINE void try_single_colour(COLOUR_BLOCKS const& blocks, FIT& best) {
     SINGLE_COLOUR_TABLE const& table = steps == 3 ? single_colour_of_four : single_colour_of_three;
-    ENDPOINTS const candidate = single_colour(blocks, table);
-    INDEX_SUMS sums;
-    V const error = evaluate<steps, with_alpha>(blocks, candidate, sums);
-    keep_better(hn::And(wanted, hn::Lt(error, best.error)), candidate, error, best);
+    try_endpoints<steps, with_alpha>(blocks, single_colour(blocks, table), best);
 }
 
 /// A cluster fit and its refinement.
@@ -99,9 +92,7 @@ HWY_INLINE FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFOR
     FIT best = no_fit();
     try_endpoints<steps, false>(blocks, range_fit(blocks, axis, 1.0f / 32), best);
     refine_by_least_squares<steps, false>(blocks, effort == EFFORT::fast ? 1 : 2, best);
-    // In a hurry only blocks of one colour take it, to which it matters most.
-    M const single = effort == EFFORT::fast ? hn::Eq(blocks.spread, set(0)) : hn::Ge(blocks.spread, set(0));
-    try_single_colour<steps, false>(blocks, single, best);
+    try_single_colour<steps, false>(blocks, best);
     if (effort != EFFORT::fast) {
         try_clusters<steps>(blocks, axis, effort, best);
     }
@@ -124,7 +115,7 @@ HWY_INLINE FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFOR
 /// Blocks with transparent texels have three colours, and too few lanes have such blocks for cluster fit to pay.
 HWY_INLINE FIT fit_transparent(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFORT effort) {
     FIT best = no_fit();
-    try_single_colour<2, true>(blocks, hn::Ge(blocks.spread, set(0)), best);
+    try_single_colour<2, true>(blocks, best);
     for (float const inset : {0.0f, 1.0f / 16, 1.0f / 8}) {
         FIT fit = no_fit();
         try_endpoints<2, true>(blocks, range_fit(blocks, axis, inset), fit);
