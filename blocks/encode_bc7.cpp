@@ -1,13 +1,12 @@
 // BC7 encoding: sorts blocks into solid, opaque and translucent ones, fills the lanes of a group with blocks of one
 // kind and turns what the search has chosen into bits.
 //
-// Estimating partitions before fitting any follows P. Krajcevski, A. Lake and D. Manocha, "FasTC: Accelerated Fixed-Rate
-// Texture Encoding" (2013); solving endpoints by least squares follows I. Castaño, "High Quality DXT Compression using CUDA"
-// (2007).
+// Estimating partitions before fitting any follows P. Krajcevski, A. Lake and D. Manocha, "FasTC: Accelerated
+// Fixed-Rate Texture Encoding" (2013); solving endpoints by least squares follows I. Castaño, "High Quality DXT
+// Compression using CUDA" (2007).
 #include "blocks/encode_bc7.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -141,15 +140,7 @@ void encode_group(BC7_GROUP& group, CHANNEL_WEIGHTS const& weights, BC7_SEARCH c
 void encode_rows(RGBA8_VIEW const& view, ENCODE_OPTIONS const& options, std::uint32_t first_block_row,
                  std::uint32_t block_row_count, std::uint8_t* out) {
     BC7_SEARCH const search = bc7_search(options.effort);
-    CHANNEL_WEIGHTS weights{{1, 1, 1, 1}, {1, 1, 1, 1}};
-    if (options.perceptual) {
-        // The shares of the primaries in luminance (ITU-R BT.709), relative to green's.
-        float const share[3] = {0.2126f / 0.7152f, 1.0f, 0.0722f / 0.7152f};
-        for (std::size_t channel = 0; channel < 3; ++channel) {
-            weights.weight[channel] = share[channel];
-            weights.root[channel] = std::sqrt(share[channel]);
-        }
-    }
+    CHANNEL_WEIGHTS const weights = channel_weights(options.perceptual);
     BC7_GROUP opaque, translucent;
     for (std::uint32_t row = first_block_row; row < first_block_row + block_row_count; ++row)
         for (std::uint32_t column = 0; column < blocks_across(view.width); ++column, out += 16) {
