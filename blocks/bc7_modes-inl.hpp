@@ -48,12 +48,12 @@ struct BC7_TRIAL {
     }
 };
 
+/// Where a fit leaves alpha out, `alpha` is what the block has throughout.
 template <std::size_t C>
-HWY_INLINE void take_ends(M better, FIT<C> const& fit, V (&end)[2][4]) {
+HWY_INLINE void take_ends(M better, FIT<C> const& fit, V (&end)[2][4], float alpha = 255.0f) {
     for (std::size_t i = 0; i < 4; ++i) {
-        // A fit without alpha belongs to an opaque block.
-        end[0][i] = hn::IfThenElse(better, i < C ? fit.ends.a[i < C ? i : 0] : set(255.0f), end[0][i]);
-        end[1][i] = hn::IfThenElse(better, i < C ? fit.ends.b[i < C ? i : 0] : set(255.0f), end[1][i]);
+        end[0][i] = hn::IfThenElse(better, i < C ? fit.ends.a[i < C ? i : 0] : set(alpha), end[0][i]);
+        end[1][i] = hn::IfThenElse(better, i < C ? fit.ends.b[i < C ? i : 0] : set(alpha), end[1][i]);
     }
 }
 
@@ -65,13 +65,13 @@ HWY_INLINE void take_header(M better, V error, int mode, V partition, int rotati
     choice.index_selection = hn::IfThenElse(better, set(static_cast<float>(selection)), choice.index_selection);
 }
 
-/// Mode 6: one subset, 16 levels. An opaque block keeps its alpha only with p-bits of one.
-template <std::size_t C>
-void try_mode_6(BC7_TRIAL const& trial) {
-    constexpr ENDPOINT_SPEC spec{7, 7, C == 4 ? P_BITS::own : P_BITS::always_one, 16};
-    FIT<C> const fit = fit_subset<spec, C, true>(trial.colours<C>(), all_texels(), trial.search);
+/// Mode 6: one subset, 16 levels. A block whose alpha is 255 or 0 throughout keeps that only with p-bits of one or
+/// zero; then alpha is left out of the fit and given as `alpha`.
+template <std::size_t C, P_BITS p>
+void try_mode_6(BC7_TRIAL const& trial, float alpha = 255.0f) {
+    FIT<C> const fit = fit_subset<ENDPOINT_SPEC{7, 7, p, 16}, C, true>(trial.colours<C>(), all_texels(), trial.search);
     M const better = hn::Lt(fit.error, trial.choice.error);
-    take_ends<C>(better, fit, trial.choice.end[0]);
+    take_ends<C>(better, fit, trial.choice.end[0], alpha);
     take_header(better, fit.error, 6, zero(), 0, 0, trial.choice);
 }
 
@@ -144,7 +144,7 @@ HWY_INLINE void try_modes_4_and_5(BC7_TRIAL const& trial, int rotations) {
 /// All modes for blocks whose alpha is 255 throughout.
 inline void search_opaque(BC7_TRIAL const& trial) {
     BC7_SEARCH const& search = trial.search;
-    try_mode_6<3>(trial);
+    try_mode_6<3, P_BITS::always_one>(trial);
     V const origin[3] = {zero(), zero(), zero()};
     TEXEL_PRODUCTS<3> const products(trial.texels, trial.weights.root, origin);
     PARTITION_SCORES scores;
@@ -168,7 +168,7 @@ inline void search_opaque(BC7_TRIAL const& trial) {
 /// All modes that carry alpha.
 inline void search_translucent(BC7_TRIAL const& trial) {
     BC7_SEARCH const& search = trial.search;
-    try_mode_6<4>(trial);
+    try_mode_6<4, P_BITS::own>(trial);
     try_modes_4_and_5(trial, search.rotations);
     if (search.partitions_7) {
         V const origin[4] = {zero(), zero(), zero(), zero()};
@@ -178,6 +178,12 @@ inline void search_translucent(BC7_TRIAL const& trial) {
         RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_7);
         try_two_subsets<ENDPOINT_SPEC{5, 5, P_BITS::own, 4}, 4>(trial, 7, four, search.partitions_7);
     }
+}
+
+/// For blocks whose alpha is 0 throughout: the modes that give exactly that.
+inline void search_transparent(BC7_TRIAL const& trial) {
+    try_mode_6<3, P_BITS::always_zero>(trial, 0.0f);
+    try_modes_4_and_5(trial, trial.search.rotations);
 }
 
 }  // namespace blocks::HWY_NAMESPACE

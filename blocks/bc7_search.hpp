@@ -8,7 +8,7 @@
 namespace blocks {
 
 /// Where a mode's endpoints take the bit below their lowest one from.
-enum class P_BITS : std::uint8_t { none, own, shared, always_one };
+enum class P_BITS : std::uint8_t { none, own, shared, always_zero, always_one };
 
 /// Precision of the endpoints of one index plane and the number of interpolation steps between them.
 struct ENDPOINT_SPEC {

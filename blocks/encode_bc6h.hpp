@@ -14,8 +14,7 @@ namespace blocks {
 void encode_bc6h_rows(RGBA16F_VIEW const& view, bool is_signed, ENCODE_OPTIONS const& options,
                       std::uint32_t first_block_row, std::uint32_t block_row_count, std::uint8_t* out);
 
-/// The same for 8-bit texels: v counts as v / 255, without any curve. Here the errors of a block are weighed as its
-/// values are spread on the linear scale, not on that of halves.
+/// The same for 8-bit texels: v counts as the half nearest to v / 255, without any curve.
 void encode_bc6h_rows(RGBA8_VIEW const& view, bool is_signed, ENCODE_OPTIONS const& options,
                       std::uint32_t first_block_row, std::uint32_t block_row_count, std::uint8_t* out);
 

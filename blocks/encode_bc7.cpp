@@ -1,5 +1,5 @@
-// BC7 encoding: sorts blocks into solid, opaque and translucent ones, fills the lanes of a group with blocks of one
-// kind and turns what the search has chosen into bits.
+// BC7 encoding: sorts blocks into solid, opaque, transparent and translucent ones, fills the lanes of a group with
+// blocks of one kind and turns what the search has chosen into bits.
 //
 // Estimating partitions before fitting any follows P. Krajcevski, A. Lake and D. Manocha, "FasTC: Accelerated
 // Fixed-Rate Texture Encoding" (2013); solving endpoints by least squares follows I. Castaño, "High Quality DXT
@@ -123,16 +123,13 @@ void write_group(BC7_GROUP const& group, CHANNEL_WEIGHTS const& weights, BC7_CHO
         write_bc7(code[lane], group.out[lane]);
 }
 
-void encode_group(BC7_GROUP& group, CHANNEL_WEIGHTS const& weights, BC7_SEARCH const& search, bool opaque) {
+void encode_group(BC7_GROUP& group, CHANNEL_WEIGHTS const& weights, BC7_SEARCH const& search,
+                  void (*search_modes)(BC7_TRIAL const&)) {
     if (group.count == 0)
         return;
     group.fill_up();
     BC7_CHOICE choice;
-    BC7_TRIAL const trial{group.texels, weights, search, choice};
-    if (opaque)
-        search_opaque(trial);
-    else
-        search_translucent(trial);
+    search_modes(BC7_TRIAL{group.texels, weights, search, choice});
     write_group(group, weights, choice);
     group.count = 0;
 }
@@ -141,29 +138,35 @@ void encode_rows(RGBA8_VIEW const& view, ENCODE_OPTIONS const& options, std::uin
                  std::uint32_t block_row_count, std::uint8_t* out) {
     BC7_SEARCH const search = bc7_search(options.effort);
     CHANNEL_WEIGHTS const weights = channel_weights(options.perceptual);
-    BC7_GROUP opaque, translucent;
+    struct KIND {
+        void (*search_modes)(BC7_TRIAL const&);
+        BC7_GROUP group;
+    };
+    KIND opaque{&search_opaque, {}}, transparent{&search_transparent, {}}, translucent{&search_translucent, {}};
     for (std::uint32_t row = first_block_row; row < first_block_row + block_row_count; ++row)
         for (std::uint32_t column = 0; column < blocks_across(view.width); ++column, out += 16) {
             std::uint8_t rgba[16][4];
-            bool solid = true, has_alpha = false;
+            bool solid = true;
+            std::uint32_t lowest_alpha = 255, highest_alpha = 0;
             for (std::uint32_t t = 0; t < 16; ++t) {
                 std::uint32_t const x = std::min(column * block_side + t % 4, view.width - 1);
                 std::uint32_t const y = std::min(row * block_side + t / 4, view.height - 1);
                 std::memcpy(rgba[t], view.texels + y * view.row_pitch + x * std::size_t{4}, 4);
                 solid = solid && std::memcmp(rgba[t], rgba[0], 4) == 0;
-                has_alpha = has_alpha || rgba[t][3] != 255;
+                lowest_alpha = std::min<std::uint32_t>(lowest_alpha, rgba[t][3]);
+                highest_alpha = std::max<std::uint32_t>(highest_alpha, rgba[t][3]);
             }
             if (solid) {
                 write_bc7(solid_bc7(rgba[0]), out);
                 continue;
             }
-            BC7_GROUP& group = has_alpha ? translucent : opaque;
-            group.add(rgba, out);
-            if (group.count == lane_count)
-                encode_group(group, weights, search, !has_alpha);
+            KIND& kind = lowest_alpha == 255 ? opaque : (highest_alpha == 0 ? transparent : translucent);
+            kind.group.add(rgba, out);
+            if (kind.group.count == lane_count)
+                encode_group(kind.group, weights, search, kind.search_modes);
         }
-    encode_group(opaque, weights, search, true);
-    encode_group(translucent, weights, search, false);
+    for (KIND* const kind : {&opaque, &transparent, &translucent})
+        encode_group(kind->group, weights, search, kind->search_modes);
 }
 
 }  // namespace blocks::HWY_NAMESPACE

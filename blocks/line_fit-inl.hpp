@@ -237,25 +237,45 @@ HWY_INLINE V evaluate(SUBJECT<C> const& subject, TEXEL_SET texels, ENDS<C> const
     return dot<C>(channel_error, channel_weight);
 }
 
+/// How the squared error grows as endpoints move by da and db from where it is least, the indices staying as they are:
+/// aa da² + 2 ab da db + bb db², in every channel.
+struct ERROR_FORM {
+    V aa;
+    V ab;
+    V bb;
+
+    /// For `count` texels spread evenly between the endpoints.
+    HWY_INLINE static ERROR_FORM even(V count) {
+        V const third = hn::Mul(count, set(1.0f / 3.0f));
+        return {third, hn::Mul(third, set(0.5f)), third};
+    }
+    HWY_INLINE V growth(V da, V db) const {
+        V const b = hn::Mul(bb, db);
+        return hn::Add(hn::Mul(da, hn::Add(hn::Mul(aa, da), hn::Mul(set(2.0f), hn::Mul(ab, db)))), hn::Mul(b, db));
+    }
+};
+
 /// Endpoints of least squared error for fixed indices. Lanes whose texels all have one weight keep what they have.
 template <std::size_t C>
-HWY_INLINE void solve_least_squares(MOMENTS<C> const& m, WEIGHT_SUMS<C> const& s, ENDS<C>& ends) {
+HWY_INLINE ERROR_FORM solve_least_squares(MOMENTS<C> const& m, WEIGHT_SUMS<C> const& s, ENDS<C>& ends) {
     V const unit = set(1.0f / 64.0f);
     V const w = hn::Mul(s.w, unit);
-    V const bb = hn::Mul(s.ww, set(1.0f / 4096.0f));
-    V const ab = hn::Sub(w, bb);
-    V const aa = hn::Sub(hn::Sub(m.count, w), ab);
-    V const determinant = hn::Sub(hn::Mul(aa, bb), hn::Mul(ab, ab));
+    ERROR_FORM form;
+    form.bb = hn::Mul(s.ww, set(1.0f / 4096.0f));
+    form.ab = hn::Sub(w, form.bb);
+    form.aa = hn::Sub(hn::Sub(m.count, w), form.ab);
+    V const determinant = hn::Sub(hn::Mul(form.aa, form.bb), square(form.ab));
     M const sound = hn::Gt(determinant, set(1e-3f));
     V const inverse = hn::Div(set(1.0f), hn::IfThenElse(sound, determinant, set(1.0f)));
     for (std::size_t i = 0; i < C; ++i) {
         V const bc = hn::Mul(s.wc[i], unit);
         V const ac = hn::Sub(m.sum[i], bc);
-        V const a = hn::Mul(hn::Sub(hn::Mul(bb, ac), hn::Mul(ab, bc)), inverse);
-        V const b = hn::Mul(hn::Sub(hn::Mul(aa, bc), hn::Mul(ab, ac)), inverse);
+        V const a = hn::Mul(hn::Sub(hn::Mul(form.bb, ac), hn::Mul(form.ab, bc)), inverse);
+        V const b = hn::Mul(hn::Sub(hn::Mul(form.aa, bc), hn::Mul(form.ab, ac)), inverse);
         ends.a[i] = hn::IfThenElse(sound, a, ends.a[i]);
         ends.b[i] = hn::IfThenElse(sound, b, ends.b[i]);
     }
+    return form;
 }
 
 }  // namespace blocks::HWY_NAMESPACE
