@@ -8,7 +8,7 @@ int main(int argc, char** argv) {
     std::vector<PEER_ENCODER> encoders;
     constexpr std::pair<char const*, blocks::EFFORT> efforts[] = {
         {"fast", blocks::EFFORT::fast}, {"normal", blocks::EFFORT::normal}, {"best", blocks::EFFORT::best}};
-    for (char const* format : {"bc1", "bc3", "bc4", "bc4_snorm", "bc5", "bc5_snorm"}) {
+    for (char const* format : {"bc1", "bc3", "bc4", "bc4_snorm", "bc5", "bc5_snorm", "bc6h", "bc7"}) {
         for (auto const& [name, effort] : efforts) {
             blocks::ENCODE_OPTIONS options;
             options.effort = effort;

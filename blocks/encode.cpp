@@ -1,5 +1,5 @@
-// A row of blocks goes through its encoder in batches. Formats of 16 bytes are made of two halves of 8, each from
-// an encoder of its own.
+// Checks, and then a row of blocks at a time. BC1 to BC5 go through their encoders in batches; those of 16 bytes are
+// made of two halves of 8, each from an encoder of its own. BC6H and BC7 take whole rows.
 #include "blocks/encode.hpp"
 
 #include <algorithm>
@@ -9,6 +9,8 @@
 #include "blocks/encode_bc1.hpp"
 #include "blocks/encode_bc2_alpha.hpp"
 #include "blocks/encode_bc4.hpp"
+#include "blocks/encode_bc6h.hpp"
+#include "blocks/encode_bc7.hpp"
 #include "blocks/image_size.hpp"
 
 namespace blocks {
@@ -66,16 +68,20 @@ void encode_batch(FORMAT format, BLOCK_BATCH const& batch, ENCODE_OPTIONS const&
     case FORMAT::bc6h_uf16:
     case FORMAT::bc6h_sf16:
     case FORMAT::bc7:
-        return;
+        break;
     }
 }
 
-bool takes(FORMAT format, RGBA8_VIEW const&) {
-    return format != FORMAT::bc6h_uf16 && format != FORMAT::bc6h_sf16 && format != FORMAT::bc7;
+bool is_half_float(FORMAT format) {
+    return format == FORMAT::bc6h_uf16 || format == FORMAT::bc6h_sf16;
 }
 
-bool takes(FORMAT, RGBA16F_VIEW const&) {
-    return false;
+bool takes(FORMAT, RGBA8_VIEW const&) {
+    return true;
+}
+
+bool takes(FORMAT format, RGBA16F_VIEW const&) {
+    return is_half_float(format);
 }
 
 /// Bytes of a row of blocks, if the view and the rows make sense and `out` has room for them.
@@ -97,6 +103,12 @@ std::optional<std::size_t> checked_row_bytes(FORMAT format, VIEW const& image, s
 
 void encode_row(FORMAT format, RGBA8_VIEW const& image, ENCODE_OPTIONS const& options, std::uint32_t block_row,
                 std::uint8_t* out) {
+    if (format == FORMAT::bc7) {
+        return encode_bc7_rows(image, options, block_row, 1, out);
+    }
+    if (is_half_float(format)) {
+        return encode_bc6h_rows(image, format == FORMAT::bc6h_sf16, options, block_row, 1, out);
+    }
     std::uint32_t const columns = blocks_across(image.width);
     BLOCK_BATCH batch;
     for (std::uint32_t column = 0; column < columns;) {
@@ -108,7 +120,9 @@ void encode_row(FORMAT format, RGBA8_VIEW const& image, ENCODE_OPTIONS const& op
     }
 }
 
-void encode_row(FORMAT, RGBA16F_VIEW const&, ENCODE_OPTIONS const&, std::uint32_t, std::uint8_t*) {
+void encode_row(FORMAT format, RGBA16F_VIEW const& image, ENCODE_OPTIONS const& options, std::uint32_t block_row,
+                std::uint8_t* out) {
+    encode_bc6h_rows(image, format == FORMAT::bc6h_sf16, options, block_row, 1, out);
 }
 
 template <typename VIEW>

@@ -5,9 +5,9 @@
 // that line, rounded. The error then follows in closed form from sums over indices and texels, and the same
 // sums are the normal equations of the least-squares fit of new endpoints (S. Brown, "DXT Compression Techniques",
 // 2006).
-#include <hwy/highway.h>
+#include "hwy/highway.h"
 
-#include "blocks/simd_floats-inl.hpp"
+#include "blocks/batch_lanes-inl.hpp"
 
 #if defined(BLOCKS_ENCODE_BC1_BLOCKS_INL_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef BLOCKS_ENCODE_BC1_BLOCKS_INL_HPP
@@ -50,7 +50,7 @@ struct INDEX_SUMS {
     V weighted_texels[3];
 };
 
-struct FIT {
+struct COLOUR_FIT {
     ENDPOINTS endpoints;
     V error;
 };
@@ -155,24 +155,24 @@ HWY_INLINE V evaluate(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints, I
     return error;
 }
 
-HWY_INLINE void keep_better(M better, ENDPOINTS const& candidate, V error, FIT& best) {
+HWY_INLINE void keep_better(M better, ENDPOINTS const& candidate, V error, COLOUR_FIT& best) {
     for (int c = 0; c < 3; ++c) {
-        best.endpoints.first[c] = select(better, candidate.first[c], best.endpoints.first[c]);
-        best.endpoints.second[c] = select(better, candidate.second[c], best.endpoints.second[c]);
+        best.endpoints.first[c] = hn::IfThenElse(better, candidate.first[c], best.endpoints.first[c]);
+        best.endpoints.second[c] = hn::IfThenElse(better, candidate.second[c], best.endpoints.second[c]);
     }
-    best.error = select(better, error, best.error);
+    best.error = hn::IfThenElse(better, error, best.error);
 }
 
 /// Takes the candidate over where its error is less.
 template <int steps, bool with_alpha>
-HWY_INLINE void try_endpoints(COLOUR_BLOCKS const& blocks, ENDPOINTS const& candidate, FIT& best) {
+HWY_INLINE void try_endpoints(COLOUR_BLOCKS const& blocks, ENDPOINTS const& candidate, COLOUR_FIT& best) {
     INDEX_SUMS sums;
     V const error = evaluate<steps, with_alpha>(blocks, candidate, sums);
     keep_better(hn::Lt(error, best.error), candidate, error, best);
 }
 
-HWY_INLINE FIT no_fit() {
-    FIT fit;
+HWY_INLINE COLOUR_FIT no_fit() {
+    COLOUR_FIT fit;
     for (int c = 0; c < 3; ++c) {
         fit.endpoints.first[c] = fit.endpoints.second[c] = set(0);
     }

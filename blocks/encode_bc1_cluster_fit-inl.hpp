@@ -3,7 +3,7 @@
 // All blocks of a vector try the same cut at the same time, so its sums of weights are plain constants and only the
 // texels differ. A cut whose error even with unrounded endpoints is no better than the best so far is passed over,
 // which most are when the likely ones come first.
-#include <hwy/highway.h>
+#include "hwy/highway.h"
 
 #include "blocks/bc1_cuts.hpp"
 #include "blocks/encode_bc1_blocks-inl.hpp"
@@ -50,8 +50,8 @@ HWY_INLINE void prefix_sums(COLOUR_BLOCKS const& blocks, V const (&axis)[3], V (
         for (int c = 0; c < 3; ++c) {
             V const low_value = texels[low][c];
             V const high_value = texels[high][c];
-            texels[low][c] = select(in_order, low_value, high_value);
-            texels[high][c] = select(in_order, high_value, low_value);
+            texels[low][c] = hn::IfThenElse(in_order, low_value, high_value);
+            texels[high][c] = hn::IfThenElse(in_order, high_value, low_value);
         }
     }
     for (int c = 0; c < 3; ++c) {
@@ -84,7 +84,7 @@ HWY_INLINE V cut_error(COLOUR_BLOCKS const& blocks, BC1_CUT const& cut, V sum, V
 /// no cut has less error.
 template <int steps>
 HWY_INLINE ENDPOINTS cluster_fit(COLOUR_BLOCKS const& blocks, V const (&axis)[3], std::span<BC1_CUT const> cuts,
-                                 FIT const& best) {
+                                 COLOUR_FIT const& best) {
     V sums[17][3];
     prefix_sums(blocks, axis, sums);
     ENDPOINTS found = best.endpoints;
@@ -104,7 +104,7 @@ HWY_INLINE ENDPOINTS cluster_fit(COLOUR_BLOCKS const& blocks, V const (&axis)[3]
             hn::Add(hn::Add(hn::Mul(square(sum[0]), red_weight), hn::Mul(square(sum[1]), green_weight)),
                     hn::Mul(square(sum[2]), blue_weight));
         M const promising = hn::Lt(hn::Mul(length_squared, set(cut.unrounded_error_scale)), found_error);
-        if (hn::AllFalse(FLOATS(), promising)) {
+        if (hn::AllFalse(D(), promising)) {
             continue;
         }
         ENDPOINTS candidate;
@@ -114,10 +114,10 @@ HWY_INLINE ENDPOINTS cluster_fit(COLOUR_BLOCKS const& blocks, V const (&axis)[3]
         V const error =
             hn::Add(hn::Add(hn::Mul(red, red_weight), hn::Mul(green, green_weight)), hn::Mul(blue, blue_weight));
         M const better = hn::And(promising, hn::Lt(error, found_error));
-        found_error = select(better, error, found_error);
+        found_error = hn::IfThenElse(better, error, found_error);
         for (int c = 0; c < 3; ++c) {
-            found.first[c] = select(better, candidate.first[c], found.first[c]);
-            found.second[c] = select(better, candidate.second[c], found.second[c]);
+            found.first[c] = hn::IfThenElse(better, candidate.first[c], found.first[c]);
+            found.second[c] = hn::IfThenElse(better, candidate.second[c], found.second[c]);
         }
     }
     return found;

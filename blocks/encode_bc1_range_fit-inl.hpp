@@ -1,6 +1,6 @@
 // Range fit: the endpoints are the outermost texels along the principal axis of the block's colours. Quick, and a good
 // start for least squares.
-#include <hwy/highway.h>
+#include "hwy/highway.h"
 
 #include "blocks/encode_bc1_blocks-inl.hpp"
 
@@ -33,9 +33,9 @@ HWY_INLINE void principal_axis(COLOUR_BLOCKS const& blocks, int iterations, V (&
     V const blue_weight = set(blocks.channel_weight[2]);
     M const green_widest = hn::And(hn::Gt(gg, rr), hn::Ge(gg, bb));
     M const blue_widest = hn::And(hn::Gt(bb, rr), hn::Gt(bb, gg));
-    axis[0] = select(green_widest, rg, select(blue_widest, rb, rr));
-    axis[1] = select(green_widest, gg, select(blue_widest, gb, rg));
-    axis[2] = select(green_widest, gb, select(blue_widest, bb, rb));
+    axis[0] = hn::IfThenElse(green_widest, rg, hn::IfThenElse(blue_widest, rb, rr));
+    axis[1] = hn::IfThenElse(green_widest, gg, hn::IfThenElse(blue_widest, gb, rg));
+    axis[2] = hn::IfThenElse(green_widest, gb, hn::IfThenElse(blue_widest, bb, rb));
     for (int i = 0; i < iterations; ++i) {
         V const largest = hn::Max(hn::Max(hn::Abs(axis[0]), hn::Abs(axis[1])), hn::Abs(axis[2]));
         V const scale = hn::Div(set(1), hn::Max(largest, set(1e-12f)));

@@ -2,7 +2,7 @@
 // endpoints solve two linear equations; they are then rounded to the four grid neighbours whose error, still with those
 // indices, is least, which matters because the grid is coarse. Neighbour search: one channel of one endpoint up or down
 // by one, indices chosen anew.
-#include <hwy/highway.h>
+#include "hwy/highway.h"
 
 #include "blocks/encode_bc1_blocks-inl.hpp"
 
@@ -52,9 +52,9 @@ HWY_INLINE void round_channel(COLOUR_BLOCKS const& blocks, INDEX_SUMS const& sum
         for (int j = 0; j < 2; ++j) {
             V const error = hn::Add(hn::Add(first_errors[i], second_errors[j]), hn::Mul(slope, second_values[j]));
             M const better = hn::Lt(error, best);
-            best = select(better, error, best);
-            grid_first = select(better, firsts[i], grid_first);
-            grid_second = select(better, seconds[j], grid_second);
+            best = hn::IfThenElse(better, error, best);
+            grid_first = hn::IfThenElse(better, firsts[i], grid_first);
+            grid_second = hn::IfThenElse(better, seconds[j], grid_second);
         }
     }
 }
@@ -85,7 +85,7 @@ HWY_INLINE ENDPOINTS fit_endpoints(COLOUR_BLOCKS const& blocks, INDEX_SUMS const
 /// At most `rounds` times: indices for the best endpoints, endpoints for those indices. A block is done at the first
 /// round that does not help it, however long others in its vector go on.
 template <int steps, bool with_alpha>
-HWY_INLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int rounds, FIT& best) {
+HWY_INLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int rounds, COLOUR_FIT& best) {
     INDEX_SUMS sums;
     evaluate<steps, with_alpha>(blocks, best.endpoints, sums);
     M active = hn::Ge(blocks.spread, set(0));
@@ -94,7 +94,7 @@ HWY_INLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int rounds,
         V const error = evaluate<steps, with_alpha>(blocks, candidate, sums);
         active = hn::And(active, hn::Lt(error, best.error));
         keep_better(active, candidate, error, best);
-        if (hn::AllFalse(FLOATS(), active)) {
+        if (hn::AllFalse(D(), active)) {
             break;
         }
     }
@@ -103,7 +103,7 @@ HWY_INLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int rounds,
 /// At most `rounds` times: every endpoint channel one up and one down, each change kept where it helps. A round that
 /// did not help a block would not help it a second time, so going on for the sake of others changes nothing.
 template <int steps, bool with_alpha>
-HWY_INLINE void refine_by_neighbours(COLOUR_BLOCKS const& blocks, int rounds, FIT& best) {
+HWY_INLINE void refine_by_neighbours(COLOUR_BLOCKS const& blocks, int rounds, COLOUR_FIT& best) {
     for (int round = 0; round < rounds; ++round) {
         V const before = best.error;
         for (int endpoint = 0; endpoint < 2; ++endpoint) {
@@ -116,7 +116,7 @@ HWY_INLINE void refine_by_neighbours(COLOUR_BLOCKS const& blocks, int rounds, FI
                 }
             }
         }
-        if (hn::AllFalse(FLOATS(), hn::Lt(best.error, before))) {
+        if (hn::AllFalse(D(), hn::Lt(best.error, before))) {
             break;
         }
     }

@@ -2,9 +2,9 @@
 // palette. Eight steps: eight values evenly spaced from low to high. Six steps: six such values, and the two ends
 // of the channel's range besides. As in BC1 the best index is a rounded projection, and the sums over indices give the
 // least-squares endpoints.
-#include <hwy/highway.h>
+#include "hwy/highway.h"
 
-#include "blocks/simd_floats-inl.hpp"
+#include "blocks/batch_lanes-inl.hpp"
 
 #if defined(BLOCKS_ENCODE_BC4_BLOCKS_INL_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef BLOCKS_ENCODE_BC4_BLOCKS_INL_HPP
@@ -107,9 +107,9 @@ template <int entries>
 HWY_INLINE void try_interval(VALUE_BLOCKS const& blocks, INTERVAL const& candidate, INTERVAL_FIT& best) {
     V const error = interval_error<entries>(blocks, candidate);
     M const better = hn::And(hn::Lt(error, best.error), hn::Le(candidate.low, candidate.high));
-    best.interval.low = select(better, candidate.low, best.interval.low);
-    best.interval.high = select(better, candidate.high, best.interval.high);
-    best.error = select(better, error, best.error);
+    best.interval.low = hn::IfThenElse(better, candidate.low, best.interval.low);
+    best.interval.high = hn::IfThenElse(better, candidate.high, best.interval.high);
+    best.error = hn::IfThenElse(better, error, best.error);
 }
 
 }  // namespace HWY_NAMESPACE

@@ -1,7 +1,7 @@
 // The searches for BC4 endpoints. The best endpoints seldom are the lowest and highest value: drawing them in, by up to
 // half a step, or pushing them out lets the values between land nearer to the palette. Starts at several insets, least
 // squares from each, and then the neighbourhood of the best.
-#include <hwy/highway.h>
+#include "hwy/highway.h"
 
 #include "blocks/encode_bc4_blocks-inl.hpp"
 
@@ -31,7 +31,7 @@ HWY_INLINE INTERVAL least_squares_interval(VALUE_BLOCKS const& blocks, INTERVAL 
     V const high = hn::Add(low, hn::Mul(slope, set(interval_steps<entries>)));
     INTERVAL const fitted = to_integers(blocks, low, high);
     M const solvable = hn::Gt(determinant, set(0.5f));
-    return {select(solvable, fitted.low, interval.low), select(solvable, fitted.high, interval.high)};
+    return {hn::IfThenElse(solvable, fitted.low, interval.low), hn::IfThenElse(solvable, fitted.high, interval.high)};
 }
 
 template <int entries>
@@ -69,7 +69,7 @@ HWY_INLINE INTERVAL covered_interval(VALUE_BLOCKS const& blocks) {
         V low_value = value;
         V high_value = value;
         if constexpr (entries == 6) {
-            low_value = select(hn::Gt(value, set(0)), value, blocks.top);
+            low_value = hn::IfThenElse(hn::Gt(value, set(0)), value, blocks.top);
             high_value = hn::IfThenElseZero(hn::Lt(value, blocks.top), value);
         }
         low = hn::Min(low, low_value);
