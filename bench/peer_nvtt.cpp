@@ -24,6 +24,10 @@ void encode(nvtt::Format format, nvtt::Quality quality, std::uint8_t const* rgba
     std::vector<std::uint8_t> bgra(rgba, rgba + crop_bytes);
     for (std::size_t i = 0; i < crop_bytes; i += 4) {
         std::swap(bgra[i], bgra[i + 2]);
+        if (format == nvtt::Format_BC4) {
+            // It compresses alpha.
+            bgra[i + 3] = rgba[i];
+        }
     }
     nvtt::InputOptions input;
     input.setTextureLayout(nvtt::TextureType_2D, crop_side, crop_side);

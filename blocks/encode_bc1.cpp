@@ -1,5 +1,5 @@
 // Which search strategies a block goes through at each effort. fast: range fit and least squares. normal: also cluster
-// fit over all cuts, and palettes of three colours. best: also a second axis and a search of the neighbours.
+// fit over the likely cuts, palettes of three colours, and the neighbours. best: all cuts, and those of a second axis.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "blocks/encode_bc1.cpp"
 #include "hwy/foreach_target.h"
@@ -96,10 +96,11 @@ HWY_INLINE COLOUR_FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3]
         try_clusters<steps>(blocks, axis, effort, best);
     }
     if (effort == EFFORT::best) {
+        // The texels may be in another order along the line that was found than along the principal axis.
         V found_axis[3];
         for (int c = 0; c < 3; ++c) {
             found_axis[c] = hn::Sub(best.endpoints.second[c], best.endpoints.first[c]);
-            if (c != 1) {
+            if (grid_top[c] < grid_top[1]) {
                 found_axis[c] = hn::Add(found_axis[c], found_axis[c]);
             }
         }
