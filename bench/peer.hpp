@@ -2,7 +2,8 @@
 // because some of the libraries export the same symbols.
 //
 //   peer_NAME                      prints a line "FORMAT SETTING" for each thing it can do
-//   peer_NAME FORMAT SETTING IN OUT   encodes the squares of IN into OUT, prints the least seconds of several runs
+//   peer_NAME FORMAT SETTING IN OUT   encodes the squares of IN into OUT, prints the least seconds of processor
+//                                     time of several runs
 #pragma once
 
 #include <cstdint>

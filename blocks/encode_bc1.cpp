@@ -72,28 +72,30 @@ HWY_INLINE ENDPOINTS single_colour(COLOUR_BLOCKS const& blocks, SINGLE_COLOUR_TA
 }
 
 /// The table's endpoints: nearly always the best for blocks of one colour, and often for those of nearly one.
-template <int steps, bool with_alpha>
-HWY_INLINE void try_single_colour(COLOUR_BLOCKS const& blocks, COLOUR_FIT& best) {
-    SINGLE_COLOUR_TABLE const& table = steps == 3 ? single_colour_of_four : single_colour_of_three;
-    try_endpoints<steps, with_alpha>(blocks, single_colour(blocks, table), best);
+template <bool with_alpha>
+HWY_INLINE void try_single_colour(COLOUR_BLOCKS const& blocks, SINGLE_COLOUR_TABLE const& table, COLOUR_FIT& best) {
+    try_endpoints<with_alpha>(blocks, single_colour(blocks, table), best);
 }
 
 /// A cluster fit and its refinement.
 template <int steps>
-HWY_INLINE void try_clusters(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFORT effort, COLOUR_FIT& best) {
-    auto const cuts = bc1_cuts(steps + 1, effort == EFFORT::best);
-    try_endpoints<steps, false>(blocks, cluster_fit<steps>(blocks, axis, cuts, best), best);
-    refine_by_least_squares<steps, false>(blocks, effort == EFFORT::best ? 4 : 1, best);
+HWY_INLINE void try_clusters(COLOUR_BLOCKS const& blocks, PREFIX_SUMS const& sums, EFFORT effort, COLOUR_FIT& best) {
+    ENDPOINTS candidate;
+    cluster_fit<steps>(blocks, sums, bc1_cuts(steps + 1, effort == EFFORT::best), best, candidate);
+    try_endpoints<false>(blocks, candidate, best);
+    refine_by_least_squares<false>(blocks, effort == EFFORT::best ? 4 : 1, best);
 }
 
+/// The best palette of `steps` + 1 colours. `sums` are those of the texels in the order of `axis`; fast goes without.
 template <int steps>
-HWY_INLINE COLOUR_FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFORT effort) {
-    COLOUR_FIT best = no_fit();
-    try_endpoints<steps, false>(blocks, range_fit(blocks, axis, 1.0f / 32), best);
-    refine_by_least_squares<steps, false>(blocks, effort == EFFORT::fast ? 1 : 2, best);
-    try_single_colour<steps, false>(blocks, best);
+HWY_INLINE COLOUR_FIT fit_palette(COLOUR_BLOCKS const& blocks, V const (&axis)[3], PREFIX_SUMS const* sums,
+                                  EFFORT effort) {
+    COLOUR_FIT best = no_fit(steps);
+    try_endpoints<false>(blocks, range_fit(blocks, axis, 1.0f / 32), best);
+    refine_by_least_squares<false>(blocks, effort == EFFORT::fast ? 1 : 2, best);
+    try_single_colour<false>(blocks, steps == 3 ? single_colour_of_four : single_colour_of_three, best);
     if (effort != EFFORT::fast) {
-        try_clusters<steps>(blocks, axis, effort, best);
+        try_clusters<steps>(blocks, *sums, effort, best);
     }
     if (effort == EFFORT::best) {
         // The texels may be in another order along the line that was found than along the principal axis.
@@ -104,29 +106,47 @@ HWY_INLINE COLOUR_FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3]
                 found_axis[c] = hn::Add(found_axis[c], found_axis[c]);
             }
         }
-        try_clusters<steps>(blocks, found_axis, effort, best);
+        PREFIX_SUMS found_sums;
+        sum_prefixes(blocks, found_axis, found_sums);
+        try_clusters<steps>(blocks, found_sums, effort, best);
     }
-    if (effort != EFFORT::fast) {
-        refine_by_neighbours<steps, false>(blocks, effort == EFFORT::best ? 4 : 1, best);
+    return best;
+}
+
+HWY_INLINE COLOUR_FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3], BC1_SETTINGS const& settings) {
+    EFFORT const effort = settings.effort;
+    if (effort == EFFORT::fast) {
+        return fit_palette<3>(blocks, axis, nullptr, effort);
     }
+    PREFIX_SUMS sums;
+    sum_prefixes(blocks, axis, sums);
+    COLOUR_FIT best = fit_palette<3>(blocks, axis, &sums, effort);
+    if (settings.may_have_three_colours) {
+        COLOUR_FIT const three = fit_palette<2>(blocks, axis, &sums, effort);
+        M const better = hn::Lt(three.error, best.error);
+        keep_better(better, three.endpoints, three.error, best);
+        best.steps.count = hn::IfThenElse(better, three.steps.count, best.steps.count);
+        best.steps.reciprocal = hn::IfThenElse(better, three.steps.reciprocal, best.steps.reciprocal);
+    }
+    refine_by_neighbours<false>(blocks, effort == EFFORT::best ? 4 : 1, best);
     return best;
 }
 
 /// Blocks with transparent texels have three colours, and too few lanes have such blocks for cluster fit to pay.
 HWY_INLINE COLOUR_FIT fit_transparent(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFORT effort) {
-    COLOUR_FIT best = no_fit();
-    try_single_colour<2, true>(blocks, best);
+    COLOUR_FIT best = no_fit(2);
+    try_single_colour<true>(blocks, single_colour_of_three, best);
     for (float const inset : {0.0f, 1.0f / 16, 1.0f / 8}) {
-        COLOUR_FIT fit = no_fit();
-        try_endpoints<2, true>(blocks, range_fit(blocks, axis, inset), fit);
-        refine_by_least_squares<2, true>(blocks, effort == EFFORT::fast ? 1 : 3, fit);
+        COLOUR_FIT fit = no_fit(2);
+        try_endpoints<true>(blocks, range_fit(blocks, axis, inset), fit);
+        refine_by_least_squares<true>(blocks, effort == EFFORT::fast ? 1 : 3, fit);
         keep_better(hn::Lt(fit.error, best.error), fit.endpoints, fit.error, best);
         if (effort == EFFORT::fast) {
             break;
         }
     }
     if (effort != EFFORT::fast) {
-        refine_by_neighbours<2, true>(blocks, effort == EFFORT::best ? 8 : 1, best);
+        refine_by_neighbours<true>(blocks, effort == EFFORT::best ? 8 : 1, best);
     }
     return best;
 }
@@ -137,34 +157,51 @@ HWY_INLINE VI pack_565(V const (&grid)[3]) {
     return hn::ConvertTo(DI(), packed);
 }
 
-/// Writes the blocks with a palette of `steps` + 1 colours. The order of the stored colours chooses the kind of
-/// palette; equal ones always mean three colours, of which every index but the transparent one is right then.
-template <int steps, bool with_alpha>
-HWY_INLINE void pack(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints, VI& colours, VI& indices) {
-    auto const first = pack_565(endpoints.first);
-    auto const second = pack_565(endpoints.second);
-    auto const low = hn::Min(first, second);
-    auto const high = hn::Max(first, second);
-    colours = steps == 3 ? hn::Or(high, hn::ShiftLeft<16>(low)) : hn::Or(low, hn::ShiftLeft<16>(high));
-    auto const in_order = hn::RebindMask(D(), steps == 3 ? hn::Eq(first, high) : hn::Eq(first, low));
+struct PACKED_COLOURS {
+    VI colours;
+    VI indices;
+};
+
+/// The order of the stored colours chooses the kind of palette; equal ones always mean three colours, of which every
+/// index but the transparent one is right then.
+template <bool with_alpha>
+HWY_NOINLINE void pack(COLOUR_BLOCKS const& blocks, COLOUR_FIT const& fit, PACKED_COLOURS& packed) {
+    VI const first = pack_565(fit.endpoints.first);
+    VI const second = pack_565(fit.endpoints.second);
+    VI const low = hn::Min(first, second);
+    VI const high = hn::Max(first, second);
+    auto const has_four = hn::RebindMask(DI(), hn::Eq(fit.steps.count, set(3)));
+    VI const stored_first = hn::IfThenElse(has_four, high, low);
+    VI const stored_second = hn::IfThenElse(has_four, low, high);
+    packed.colours = hn::Or(stored_first, hn::ShiftLeft<16>(stored_second));
+    M const in_order = hn::RebindMask(D(), hn::Eq(first, stored_first));
     M const equal = hn::RebindMask(D(), hn::Eq(first, second));
-    LINE const line = line_between<steps>(blocks, endpoints);
-    auto const one = hn::Set(DI(), 1);
-    indices = hn::Set(DI(), 0);
+    LINE const line = line_between(blocks, fit.endpoints, fit.steps);
+    VI const one = hn::Set(DI(), 1);
+    packed.indices = hn::Set(DI(), 0);
     for (int i = 15; i >= 0; --i) {
-        V const on_line = index_on<steps>(line, blocks.texels[i]);
-        V const ordered = hn::IfThenZeroElse(equal, hn::IfThenElse(in_order, on_line, hn::Sub(set(steps), on_line)));
-        auto const n = hn::ConvertTo(DI(), ordered);
+        V const on_line = index_on(line, fit.steps, blocks.texels[i]);
+        V const turned = hn::IfThenElse(in_order, on_line, hn::Sub(fit.steps.count, on_line));
+        VI const n = hn::ConvertTo(DI(), hn::IfThenZeroElse(equal, turned));
         // From the order along the line to the format's: 0 2 3 1 for four colours, 0 2 1 for three.
-        auto const half = hn::ShiftRight<1>(n);
-        auto const inner = hn::And(steps == 3 ? hn::Xor(n, half) : n, one);
-        auto index = hn::Or(half, hn::ShiftLeft<1>(inner));
+        VI const half = hn::ShiftRight<1>(n);
+        VI const inner = hn::And(hn::Xor(n, hn::IfThenElseZero(has_four, half)), one);
+        VI index = hn::Or(half, hn::ShiftLeft<1>(inner));
         if constexpr (with_alpha) {
             auto const transparent = hn::RebindMask(DI(), hn::Eq(blocks.opaque[i], set(0)));
             index = hn::IfThenElse(transparent, hn::Set(DI(), 3), index);
         }
-        indices = hn::Or(hn::ShiftLeft<2>(indices), index);
+        packed.indices = hn::Or(hn::ShiftLeft<2>(packed.indices), index);
     }
+}
+
+/// Blocks with at least one transparent texel.
+HWY_INLINE M with_transparent_texels(COLOUR_BLOCKS const& blocks) {
+    V least = blocks.opaque[0];
+    for (V const opaque : blocks.opaque) {
+        least = hn::Min(least, opaque);
+    }
+    return hn::Eq(least, set(0));
 }
 
 void encode_bc1_batch(BLOCK_BATCH const& batch, BC1_SETTINGS const& settings, std::uint64_t (&out)[batch_blocks]) {
@@ -174,40 +211,20 @@ void encode_bc1_batch(BLOCK_BATCH const& batch, BC1_SETTINGS const& settings, st
         load_blocks(batch.texels, lane, settings, blocks);
         V axis[3];
         principal_axis(blocks, settings.effort == EFFORT::fast ? 4 : 8, axis);
-
-        COLOUR_FIT const four = fit_opaque<3>(blocks, axis, settings.effort);
-        auto colours = hn::Set(DI(), 0);
-        auto indices = hn::Set(DI(), 0);
-        pack<3, false>(blocks, four.endpoints, colours, indices);
-        if (settings.may_have_three_colours && settings.effort != EFFORT::fast) {
-            COLOUR_FIT const three = fit_opaque<2>(blocks, axis, settings.effort);
-            auto three_colours = hn::Set(DI(), 0);
-            auto three_indices = hn::Set(DI(), 0);
-            pack<2, false>(blocks, three.endpoints, three_colours, three_indices);
-            auto const better = hn::RebindMask(DI(), hn::Lt(three.error, four.error));
-            colours = hn::IfThenElse(better, three_colours, colours);
-            indices = hn::IfThenElse(better, three_indices, indices);
-        }
-        if (settings.alpha_threshold != 0) {
-            V all_opaque = blocks.opaque[0];
-            for (V const opaque : blocks.opaque) {
-                all_opaque = hn::Min(all_opaque, opaque);
-            }
-            M const transparent = hn::Eq(all_opaque, set(0));
-            if (!hn::AllFalse(D(), transparent)) {
-                COLOUR_FIT const fit = fit_transparent(blocks, axis, settings.effort);
-                auto alpha_colours = hn::Set(DI(), 0);
-                auto alpha_indices = hn::Set(DI(), 0);
-                pack<2, true>(blocks, fit.endpoints, alpha_colours, alpha_indices);
-                auto const chosen = hn::RebindMask(DI(), transparent);
-                colours = hn::IfThenElse(chosen, alpha_colours, colours);
-                indices = hn::IfThenElse(chosen, alpha_indices, indices);
-            }
+        PACKED_COLOURS packed;
+        pack<false>(blocks, fit_opaque(blocks, axis, settings), packed);
+        M const transparent = with_transparent_texels(blocks);
+        if (!hn::AllFalse(D(), transparent)) {
+            PACKED_COLOURS with_alpha;
+            pack<true>(blocks, fit_transparent(blocks, axis, settings.effort), with_alpha);
+            auto const chosen = hn::RebindMask(DI(), transparent);
+            packed.colours = hn::IfThenElse(chosen, with_alpha.colours, packed.colours);
+            packed.indices = hn::IfThenElse(chosen, with_alpha.indices, packed.indices);
         }
         HWY_ALIGN std::uint32_t stored_colours[batch_blocks];
         HWY_ALIGN std::uint32_t stored_indices[batch_blocks];
-        hn::Store(hn::BitCast(DU(), colours), DU(), stored_colours);
-        hn::Store(hn::BitCast(DU(), indices), DU(), stored_indices);
+        hn::Store(hn::BitCast(DU(), packed.colours), DU(), stored_colours);
+        hn::Store(hn::BitCast(DU(), packed.indices), DU(), stored_indices);
         for (std::size_t i = 0; i < lanes; ++i) {
             out[lane + i] = stored_colours[i] | std::uint64_t{stored_indices[i]} << 32;
         }

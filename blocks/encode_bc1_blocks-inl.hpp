@@ -50,8 +50,16 @@ struct INDEX_SUMS {
     V weighted_texels[3];
 };
 
+/// Entries of the palette less one, for each block: 3, or 2 where the palette has three colours. The reciprocal is kept
+/// with it, because a quotient costs more than all that is made of it.
+struct STEPS {
+    V count;
+    V reciprocal;
+};
+
 struct COLOUR_FIT {
     ENDPOINTS endpoints;
+    STEPS steps;
     V error;
 };
 
@@ -89,8 +97,7 @@ struct LINE {
     V offset;
 };
 
-template <int steps>
-HWY_INLINE LINE line_between(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints) {
+HWY_INLINE LINE line_between(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints, STEPS const& steps) {
     LINE line;
     V const start[3] = {widen<0>(endpoints.first[0]), widen<1>(endpoints.first[1]), widen<2>(endpoints.first[2])};
     V const end[3] = {widen<0>(endpoints.second[0]), widen<1>(endpoints.second[1]), widen<2>(endpoints.second[2])};
@@ -102,7 +109,7 @@ HWY_INLINE LINE line_between(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpo
         length_squared = hn::Add(length_squared, hn::Mul(line.axis[c], line.direction[c]));
     }
     // Equal endpoints: every projection becomes 0, and so does every index.
-    V const scale = hn::Div(set(steps), hn::Max(length_squared, set(0x1p-20f)));
+    V const scale = hn::Div(steps.count, hn::Max(length_squared, set(0x1p-20f)));
     line.offset = set(0);
     for (int c = 0; c < 3; ++c) {
         line.axis[c] = hn::Mul(line.axis[c], scale);
@@ -111,23 +118,23 @@ HWY_INLINE LINE line_between(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpo
     return line;
 }
 
-template <int steps>
-HWY_INLINE V index_on(LINE const& line, V const (&texel)[3]) {
+HWY_INLINE V index_on(LINE const& line, STEPS const& steps, V const (&texel)[3]) {
     V const projection = hn::Add(hn::Add(hn::Mul(texel[0], line.axis[0]), hn::Mul(texel[1], line.axis[1])),
                                  hn::Mul(texel[2], line.axis[2]));
-    return clamp(round(hn::Sub(projection, line.offset)), set(0), set(steps));
+    return clamp(round(hn::Sub(projection, line.offset)), set(0), steps.count);
 }
 
-/// The error of a block with these endpoints and the best indices, and the sums for those indices.
-template <int steps, bool with_alpha>
-HWY_INLINE V evaluate(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints, INDEX_SUMS& sums) {
-    LINE const line = line_between<steps>(blocks, endpoints);
+/// The error of a block with these endpoints and the best indices, and the sums for those indices. Out of line: it is
+/// called from many places, and long enough for the call not to matter.
+template <bool with_alpha>
+HWY_NOINLINE V evaluate(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints, STEPS const& steps, INDEX_SUMS& sums) {
+    LINE const line = line_between(blocks, endpoints, steps);
     sums.weight = sums.weight_squared = set(0);
     for (V& sum : sums.weighted_texels) {
         sum = set(0);
     }
     for (int i = 0; i < 16; ++i) {
-        V index = index_on<steps>(line, blocks.texels[i]);
+        V index = index_on(line, steps, blocks.texels[i]);
         if constexpr (with_alpha) {
             index = hn::Mul(index, blocks.opaque[i]);
         }
@@ -137,12 +144,12 @@ HWY_INLINE V evaluate(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints, I
             sums.weighted_texels[c] = hn::Add(sums.weighted_texels[c], hn::Mul(index, blocks.texels[i][c]));
         }
     }
-    sums.weight = hn::Mul(sums.weight, set(1.0f / steps));
-    sums.weight_squared = hn::Mul(sums.weight_squared, set(1.0f / (steps * steps)));
+    sums.weight = hn::Mul(sums.weight, steps.reciprocal);
+    sums.weight_squared = hn::Mul(hn::Mul(sums.weight_squared, steps.reciprocal), steps.reciprocal);
     V error = blocks.spread;
     V const twice_weight = hn::Add(sums.weight, sums.weight);
     for (int c = 0; c < 3; ++c) {
-        sums.weighted_texels[c] = hn::Mul(sums.weighted_texels[c], set(1.0f / steps));
+        sums.weighted_texels[c] = hn::Mul(sums.weighted_texels[c], steps.reciprocal);
         V const twice_texels = hn::Add(sums.weighted_texels[c], sums.weighted_texels[c]);
         V const start = line.start[c];
         V const direction = line.direction[c];
@@ -164,18 +171,20 @@ HWY_INLINE void keep_better(M better, ENDPOINTS const& candidate, V error, COLOU
 }
 
 /// Takes the candidate over where its error is less.
-template <int steps, bool with_alpha>
+template <bool with_alpha>
 HWY_INLINE void try_endpoints(COLOUR_BLOCKS const& blocks, ENDPOINTS const& candidate, COLOUR_FIT& best) {
     INDEX_SUMS sums;
-    V const error = evaluate<steps, with_alpha>(blocks, candidate, sums);
+    V const error = evaluate<with_alpha>(blocks, candidate, best.steps, sums);
     keep_better(hn::Lt(error, best.error), candidate, error, best);
 }
 
-HWY_INLINE COLOUR_FIT no_fit() {
+/// The place for the first candidate with a palette of `steps` + 1 colours.
+HWY_INLINE COLOUR_FIT no_fit(float steps) {
     COLOUR_FIT fit;
     for (int c = 0; c < 3; ++c) {
         fit.endpoints.first[c] = fit.endpoints.second[c] = set(0);
     }
+    fit.steps = {set(steps), set(1 / steps)};
     fit.error = set(1e30f);
     return fit;
 }

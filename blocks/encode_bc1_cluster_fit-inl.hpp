@@ -29,8 +29,12 @@ constexpr std::uint8_t sorting_network[60][2] = {
     {4, 8},  {7, 11}, {1, 2},   {1, 4},   {7, 13}, {2, 8},   {11, 14}, {2, 4},   {5, 6},  {9, 10},  {11, 13}, {3, 8},
     {7, 12}, {6, 8},  {10, 12}, {3, 5},   {7, 9},  {3, 4},   {5, 6},   {7, 8},   {9, 10}, {11, 12}, {6, 7},   {8, 9}};
 
-/// `sums[n][c]`: channel c of the first n texels in the order of the axis.
-HWY_INLINE void prefix_sums(COLOUR_BLOCKS const& blocks, V const (&axis)[3], V (&sums)[17][3]) {
+/// `of[n][c]`: channel c of the first n texels in the order of an axis.
+struct PREFIX_SUMS {
+    V of[17][3];
+};
+
+HWY_NOINLINE void sum_prefixes(COLOUR_BLOCKS const& blocks, V const (&axis)[3], PREFIX_SUMS& sums) {
     V positions[16];
     V texels[16][3];
     for (int i = 0; i < 16; ++i) {
@@ -55,9 +59,9 @@ HWY_INLINE void prefix_sums(COLOUR_BLOCKS const& blocks, V const (&axis)[3], V (
         }
     }
     for (int c = 0; c < 3; ++c) {
-        sums[0][c] = set(0);
+        sums.of[0][c] = set(0);
         for (int i = 0; i < 16; ++i) {
-            sums[i + 1][c] = hn::Add(sums[i][c], texels[i][c]);
+            sums.of[i + 1][c] = hn::Add(sums.of[i][c], texels[i][c]);
         }
     }
 }
@@ -80,14 +84,12 @@ HWY_INLINE V cut_error(COLOUR_BLOCKS const& blocks, BC1_CUT const& cut, V sum, V
     return hn::Add(hn::Mul(first, first_part), hn::Mul(second, second_part));
 }
 
-/// Tries the cuts on the texels sorted along `axis` and returns the endpoints of the best one, or those of `best` where
-/// no cut has less error.
+/// Tries the cuts on the sorted texels. `found` becomes the endpoints of the best one, or those of `best` where no cut
+/// has less error.
 template <int steps>
-HWY_INLINE ENDPOINTS cluster_fit(COLOUR_BLOCKS const& blocks, V const (&axis)[3], std::span<BC1_CUT const> cuts,
-                                 COLOUR_FIT const& best) {
-    V sums[17][3];
-    prefix_sums(blocks, axis, sums);
-    ENDPOINTS found = best.endpoints;
+HWY_NOINLINE void cluster_fit(COLOUR_BLOCKS const& blocks, PREFIX_SUMS const& sums, std::span<BC1_CUT const> cuts,
+                              COLOUR_FIT const& best, ENDPOINTS& found) {
+    found = best.endpoints;
     V found_error = hn::Sub(best.error, blocks.spread);
     V const red_weight = set(blocks.channel_weight[0]);
     V const green_weight = set(blocks.channel_weight[1]);
@@ -95,9 +97,9 @@ HWY_INLINE ENDPOINTS cluster_fit(COLOUR_BLOCKS const& blocks, V const (&axis)[3]
     for (BC1_CUT const& cut : cuts) {
         V sum[3];
         for (int c = 0; c < 3; ++c) {
-            sum[c] = hn::Add(sums[cut.at[0]][c], sums[cut.at[1]][c]);
+            sum[c] = hn::Add(sums.of[cut.at[0]][c], sums.of[cut.at[1]][c]);
             if constexpr (steps == 3) {
-                sum[c] = hn::Add(sum[c], sums[cut.at[2]][c]);
+                sum[c] = hn::Add(sum[c], sums.of[cut.at[2]][c]);
             }
         }
         V const length_squared =
@@ -120,7 +122,6 @@ HWY_INLINE ENDPOINTS cluster_fit(COLOUR_BLOCKS const& blocks, V const (&axis)[3]
             found.second[c] = hn::IfThenElse(better, candidate.second[c], found.second[c]);
         }
     }
-    return found;
 }
 
 }  // namespace HWY_NAMESPACE

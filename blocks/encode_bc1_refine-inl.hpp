@@ -61,7 +61,7 @@ HWY_INLINE void round_channel(COLOUR_BLOCKS const& blocks, INDEX_SUMS const& sum
 
 /// Endpoints fitted to the indices that `sums` came from. Where all indices are equal, any line through the texels'
 /// mean would do: both endpoints become the mean.
-HWY_INLINE ENDPOINTS fit_endpoints(COLOUR_BLOCKS const& blocks, INDEX_SUMS const& sums) {
+HWY_NOINLINE void fit_endpoints(COLOUR_BLOCKS const& blocks, INDEX_SUMS const& sums, ENDPOINTS& fitted) {
     V const determinant = hn::Sub(hn::Mul(blocks.opaque_count, sums.weight_squared), square(sums.weight));
     M const solvable = hn::Gt(determinant, set(1e-3f));
     V const scale = hn::IfThenElseZero(solvable, hn::Div(set(1), hn::Max(determinant, set(1e-3f))));
@@ -75,23 +75,22 @@ HWY_INLINE ENDPOINTS fit_endpoints(COLOUR_BLOCKS const& blocks, INDEX_SUMS const
         first[c] = clamp(first[c], set(-512), set(512));
         second[c] = clamp(second[c], set(-512), set(512));
     }
-    ENDPOINTS fitted;
     round_channel<0>(blocks, sums, first[0], second[0], fitted.first[0], fitted.second[0]);
     round_channel<1>(blocks, sums, first[1], second[1], fitted.first[1], fitted.second[1]);
     round_channel<2>(blocks, sums, first[2], second[2], fitted.first[2], fitted.second[2]);
-    return fitted;
 }
 
 /// At most `rounds` times: indices for the best endpoints, endpoints for those indices. A block is done at the first
 /// round that does not help it, however long others in its vector go on.
-template <int steps, bool with_alpha>
-HWY_INLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int rounds, COLOUR_FIT& best) {
+template <bool with_alpha>
+HWY_NOINLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int rounds, COLOUR_FIT& best) {
     INDEX_SUMS sums;
-    evaluate<steps, with_alpha>(blocks, best.endpoints, sums);
+    evaluate<with_alpha>(blocks, best.endpoints, best.steps, sums);
     M active = hn::Ge(blocks.spread, set(0));
     for (int round = 0; round < rounds; ++round) {
-        ENDPOINTS const candidate = fit_endpoints(blocks, sums);
-        V const error = evaluate<steps, with_alpha>(blocks, candidate, sums);
+        ENDPOINTS candidate;
+        fit_endpoints(blocks, sums, candidate);
+        V const error = evaluate<with_alpha>(blocks, candidate, best.steps, sums);
         active = hn::And(active, hn::Lt(error, best.error));
         keep_better(active, candidate, error, best);
         if (hn::AllFalse(D(), active)) {
@@ -102,8 +101,8 @@ HWY_INLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int rounds,
 
 /// At most `rounds` times: every endpoint channel one up and one down, each change kept where it helps. A round that
 /// did not help a block would not help it a second time, so going on for the sake of others changes nothing.
-template <int steps, bool with_alpha>
-HWY_INLINE void refine_by_neighbours(COLOUR_BLOCKS const& blocks, int rounds, COLOUR_FIT& best) {
+template <bool with_alpha>
+HWY_NOINLINE void refine_by_neighbours(COLOUR_BLOCKS const& blocks, int rounds, COLOUR_FIT& best) {
     for (int round = 0; round < rounds; ++round) {
         V const before = best.error;
         for (int endpoint = 0; endpoint < 2; ++endpoint) {
@@ -112,7 +111,7 @@ HWY_INLINE void refine_by_neighbours(COLOUR_BLOCKS const& blocks, int rounds, CO
                     ENDPOINTS candidate = best.endpoints;
                     V& moved = endpoint == 0 ? candidate.first[c] : candidate.second[c];
                     moved = clamp(hn::Add(moved, set(change)), set(0), set(grid_top[c]));
-                    try_endpoints<steps, with_alpha>(blocks, candidate, best);
+                    try_endpoints<with_alpha>(blocks, candidate, best);
                 }
             }
         }
