@@ -63,11 +63,11 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
     SUBJECT<3> const subject{trial.texels, trial.weights, {0, 1, 2}};
     MOMENTS<3> moments[subsets];
     ENDS<3> ends[subsets];
-    V count[subsets];
+    ERROR_FORM form[subsets];
     for (std::size_t s = 0; s < subsets; ++s) {
         moments[s] = sum_moments<3, whole>(subject, sets[s]);
         ends[s] = cover_axis<3, whole>(subject, sets[s], moments[s]);
-        count[s] = moments[s].count;
+        form[s] = ERROR_FORM::even(moments[s].count);
     }
     for (int round = 0; round < trial.search.rounds; ++round) {
         turn_to_anchor(subject, ends[0]);
@@ -104,7 +104,7 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
             if (bc6h_modes[m].subsets != subsets)
                 continue;
             ENDS<3> q[subsets];
-            V const change = quantise_ends<is_signed, subsets>(bc6h_modes[m], trial.origin, ends, count, q);
+            V const change = quantise_ends<is_signed, subsets>(bc6h_modes[m], trial.origin, ends, form, subject, q);
             V const mode = set(static_cast<float>(m));
             if (trial.search.all_modes) {
                 measure(q, mode);
@@ -122,7 +122,7 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
         if (!trial.search.all_modes)
             measure(nearest, nearest_mode);
         for (std::size_t s = 0; s < subsets; ++s)
-            solve_least_squares<3>(moments[s], sums[s], ends[s]);
+            form[s] = solve_least_squares<3>(moments[s], sums[s], ends[s]);
     }
 }
 
