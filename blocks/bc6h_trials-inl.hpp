@@ -33,7 +33,7 @@ struct BC6H_CHOICE {
 struct BC6H_TRIAL {
     TEXELS const& texels;
     BC6H_ORIGIN const& origin;
-    CHANNEL_WEIGHTS const& weights;
+    LANE_WEIGHTS const& weights;
     BC6H_SEARCH const& search;
     BC6H_CHOICE& choice;
 };

@@ -35,7 +35,7 @@ struct BC7_CHOICE {
 /// What all trials of a group share.
 struct BC7_TRIAL {
     TEXELS const& texels;
-    CHANNEL_WEIGHTS const& weights;
+    LANE_WEIGHTS const& weights;
     BC7_SEARCH const& search;
     BC7_CHOICE& choice;
 

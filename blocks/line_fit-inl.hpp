@@ -15,19 +15,33 @@
 HWY_BEFORE_NAMESPACE();
 namespace blocks::HWY_NAMESPACE {
 
+/// How much an error in each channel of each block counts, with square roots ready.
+struct LANE_WEIGHTS {
+    V weight[4];
+    V root[4];
+
+    /// The same for all blocks.
+    HWY_INLINE explicit LANE_WEIGHTS(CHANNEL_WEIGHTS const& same) {
+        for (std::size_t i = 0; i < 4; ++i) {
+            weight[i] = set(same.weight[i]);
+            root[i] = set(same.root[i]);
+        }
+    }
+};
+
 /// The texels of a fit: some channels of a group.
 template <std::size_t C>
 struct SUBJECT {
     TEXELS const& texels;
-    CHANNEL_WEIGHTS const& weights;
+    LANE_WEIGHTS const& weights;
     std::size_t channel[C];
 
     HWY_INLINE void load(std::size_t texel, V (&c)[C]) const {
         for (std::size_t i = 0; i < C; ++i)
             c[i] = texels.load(channel[i], texel);
     }
-    HWY_INLINE V weight(std::size_t i) const { return set(weights.weight[channel[i]]); }
-    HWY_INLINE float root(std::size_t i) const { return weights.root[channel[i]]; }
+    HWY_INLINE V weight(std::size_t i) const { return weights.weight[channel[i]]; }
+    HWY_INLINE V root(std::size_t i) const { return weights.root[channel[i]]; }
 };
 
 /// Two endpoints.
@@ -111,15 +125,15 @@ HWY_INLINE ENDS<C> cover_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOMEN
         std::size_t k = 0;
         for (std::size_t i = 0; i < C; ++i)
             for (std::size_t j = i; j < C; ++j, ++k)
-                matrix[k] = hn::Mul(matrix[k], set(subject.root(i) * subject.root(j)));
+                matrix[k] = hn::Mul(matrix[k], hn::Mul(subject.root(i), subject.root(j)));
         normalise<C>(matrix);
         V axis[C];
         power_iteration<C, 4>(matrix, axis);
         V const inverse = hn::Div(set(1.0f), hn::Max(hn::Sqrt(dot<C>(axis, axis)), set(1e-18f)));
         for (std::size_t i = 0; i < C; ++i) {
             V const unit = hn::Mul(axis[i], inverse);
-            project[i] = hn::Mul(unit, set(subject.root(i)));
-            direction[i] = hn::Mul(unit, set(1.0f / subject.root(i)));
+            project[i] = hn::Mul(unit, subject.root(i));
+            direction[i] = hn::Div(unit, subject.root(i));
         }
     }
     V low = set(3e38f), high = set(-3e38f);

@@ -27,11 +27,11 @@ struct TEXEL_PRODUCTS {
     alignas(64) float value[16][C + triangle(C)][max_lanes];
 
     /// `weight_root` scales the channels before anything else; `origin` is what counts as zero.
-    HWY_INLINE TEXEL_PRODUCTS(TEXELS const& texels, float const* weight_root, V const* origin) {
+    HWY_INLINE TEXEL_PRODUCTS(TEXELS const& texels, V const* weight_root, V const* origin) {
         for (std::size_t t = 0; t < 16; ++t) {
             V c[C];
             for (std::size_t i = 0; i < C; ++i) {
-                c[i] = hn::Mul(hn::Sub(texels.load(i, t), origin[i]), set(weight_root[i]));
+                c[i] = hn::Mul(hn::Sub(texels.load(i, t), origin[i]), weight_root[i]);
                 hn::Store(c[i], D(), value[t][i]);
             }
             std::size_t k = C;
