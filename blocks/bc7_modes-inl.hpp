@@ -149,7 +149,7 @@ inline void search_opaque(BC7_TRIAL const& trial) {
     TEXEL_PRODUCTS<3> const products(trial.texels, trial.weights.root, origin);
     PARTITION_SCORES scores;
     if (search.partitions_1 || search.partitions_3) {
-        score_two_subsets<3>(products, 64, scores);
+        score_two_subsets(products, 64, scores);
         RANKED_PARTITIONS const eight(scores.eight_levels, 64, search.partitions_1);
         try_two_subsets<ENDPOINT_SPEC{6, 0, P_BITS::shared, 8}, 3>(trial, 1, eight, search.partitions_1);
         RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_3);
@@ -174,7 +174,7 @@ inline void search_translucent(BC7_TRIAL const& trial) {
         V const origin[4] = {zero(), zero(), zero(), zero()};
         TEXEL_PRODUCTS<4> const products(trial.texels, trial.weights.root, origin);
         PARTITION_SCORES scores;
-        score_two_subsets<4>(products, 64, scores);
+        score_two_subsets(products, 64, scores);
         RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_7);
         try_two_subsets<ENDPOINT_SPEC{5, 5, P_BITS::own, 4}, 4>(trial, 7, four, search.partitions_7);
     }

@@ -1,8 +1,9 @@
 // BC6H encoding: fills the lanes of a group with blocks and turns what the search has chosen into bits.
 //
 // Errors are measured between the bit patterns of halves, which is nearly a logarithmic scale, like the format's own
-// interpolation. Published grounds: Microsoft's "BC6H Format"; partitions by estimate and endpoints by least squares as
-// in the BC7 encoder.
+// interpolation. For 8-bit texels, whose scale is a linear one, channels and texels are weighed by how steep the linear
+// value is there over the halves. Published grounds: Microsoft's "BC6H Format"; partitions by estimate and endpoints by
+// least squares as in the BC7 encoder.
 #include "blocks/encode_bc6h.hpp"
 
 #include <algorithm>
@@ -107,6 +108,13 @@ struct BC6H_GROUP {
             int const exponent = (largest[channel] >> 10) - (steepest >> 10);
             slope[channel][count] = linear ? std::ldexp(1.0f, std::max(exponent, -6)) : 1.0f;
         }
+        for (std::size_t t = 0; t < 16; ++t) {
+            std::uint16_t brightest = 0;
+            for (std::uint16_t const half : rgb[t])
+                brightest = std::max<std::uint16_t>(brightest, half & 0x7FFF);
+            int const exponent = (brightest >> 10) - (steepest >> 10);
+            texels.value[3][t][count] = linear ? std::ldexp(1.0f, 2 * std::max(exponent, -4)) : 1.0f;
+        }
         for (std::size_t channel = 0; channel < 3; ++channel) {
             float const zero_point = std::floor(on_decoder_scale(rgb[0][channel], is_signed) / bc6h_unit);
             origin.value[channel][count] = zero_point;
@@ -121,9 +129,10 @@ struct BC6H_GROUP {
         for (std::size_t channel = 0; channel < 3; ++channel) {
             std::fill(slope[channel] + count, slope[channel] + lane_count, slope[channel][0]);
             std::fill(origin.value[channel] + count, origin.value[channel] + lane_count, origin.value[channel][0]);
-            for (auto& texel : texels.value[channel])
-                std::fill(texel + count, texel + lane_count, texel[0]);
         }
+        for (auto& channel : texels.value)
+            for (auto& texel : channel)
+                std::fill(texel + count, texel + lane_count, texel[0]);
     }
 };
 
