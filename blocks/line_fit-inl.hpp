@@ -100,7 +100,7 @@ struct EVALUATION {
 };
 
 template <EVALUATION how, std::size_t C>
-HWY_INLINE MOMENTS<C> sum_moments(SUBJECT<C> const& subject, TEXEL_SET texels) {
+HWY_NOINLINE MOMENTS<C> sum_moments(SUBJECT<C> const& subject, TEXEL_SET texels) {
     auto m = MOMENTS<C>::none();
     for (std::size_t t = 0; t < 16; ++t) {
         V c[C];
@@ -122,7 +122,7 @@ HWY_INLINE MOMENTS<C> sum_moments(SUBJECT<C> const& subject, TEXEL_SET texels) {
 
 /// The ends of the segment of the principal axis that the texels cover.
 template <std::size_t C, bool whole>
-HWY_INLINE ENDS<C> cover_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOMENTS<C> const& m) {
+HWY_NOINLINE ENDS<C> cover_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOMENTS<C> const& m) {
     V mean[C], project[C], direction[C];
     V const inverse_count = hn::Div(set(1.0f), hn::Max(m.count, set(1e-6f)));
     for (std::size_t i = 0; i < C; ++i)
@@ -206,8 +206,8 @@ struct RAMP {
 
 /// Squared error of the texels where their indices are chosen along the segment.
 template <EVALUATION how, std::size_t C>
-HWY_INLINE V evaluate(SUBJECT<C> const& subject, TEXEL_SET texels, ENDS<C> const& ends, int levels,
-                      WEIGHT_SUMS<C>* sums) {
+HWY_NOINLINE V evaluate(SUBJECT<C> const& subject, TEXEL_SET texels, ENDS<C> const& ends, int levels,
+                        WEIGHT_SUMS<C>* sums) {
     V channel_weight[C];
     for (std::size_t i = 0; i < C; ++i)
         channel_weight[i] = subject.weight(i);
