@@ -130,8 +130,7 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
 template <bool is_signed>
 void search_bc6h(BC6H_TRIAL const& trial) {
     try_subsets<is_signed, 1>(trial, {all_texels()}, zero());
-    V const origin[3] = {zero(), zero(), zero()};
-    TEXEL_PRODUCTS<3, true> const products(trial.texels, trial.weights.root, origin);
+    TEXEL_PRODUCTS<3, true> const products(trial.texels, trial.weights.root);
     PARTITION_SCORES scores;
     constexpr std::size_t partitions = 1u << bc6h_partition_bits;
     score_two_subsets(products, partitions, scores);

@@ -145,8 +145,7 @@ HWY_INLINE void try_modes_4_and_5(BC7_TRIAL const& trial, int rotations) {
 inline void search_opaque(BC7_TRIAL const& trial) {
     BC7_SEARCH const& search = trial.search;
     try_mode_6<3, P_BITS::always_one>(trial);
-    V const origin[3] = {zero(), zero(), zero()};
-    TEXEL_PRODUCTS<3> const products(trial.texels, trial.weights.root, origin);
+    TEXEL_PRODUCTS<3> const products(trial.texels, trial.weights.root);
     PARTITION_SCORES scores;
     if (search.partitions_1 || search.partitions_3) {
         score_two_subsets(products, 64, scores);
@@ -171,8 +170,7 @@ inline void search_translucent(BC7_TRIAL const& trial) {
     try_mode_6<4, P_BITS::own>(trial);
     try_modes_4_and_5(trial, search.rotations);
     if (search.partitions_7) {
-        V const origin[4] = {zero(), zero(), zero(), zero()};
-        TEXEL_PRODUCTS<4> const products(trial.texels, trial.weights.root, origin);
+        TEXEL_PRODUCTS<4> const products(trial.texels, trial.weights.root);
         PARTITION_SCORES scores;
         score_two_subsets(products, 64, scores);
         RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_7);

@@ -9,6 +9,8 @@
 #define BLOCKS_PARTITION_ESTIMATE_INL_HPP
 #endif
 
+#include <bit>
+
 #include "blocks/bc7_tables.hpp"
 #include "blocks/principal_axis-inl.hpp"
 
@@ -21,18 +23,18 @@ struct PARTITION_SCORES {
     alignas(64) float eight_levels[64][max_lanes];
 };
 
-/// Channel products of every texel, worked out once for all partitions.
+/// Channel products of every texel, worked out once for all partitions. `weighted`: texels count by their weights,
+/// which stand in place of alpha.
 template <std::size_t C, bool weighted = false>
 struct TEXEL_PRODUCTS {
     alignas(64) float value[16][C + triangle(C) + weighted][max_lanes];
 
-    /// `weight_root` scales the channels before anything else; `origin` is what counts as zero.
-    HWY_INLINE TEXEL_PRODUCTS(TEXELS const& texels, V const* weight_root, V const* origin) {
+    /// `weight_root` scales the channels before anything else.
+    HWY_INLINE TEXEL_PRODUCTS(TEXELS const& texels, V const* weight_root) {
         for (std::size_t t = 0; t < 16; ++t) {
             V c[C];
-            for (std::size_t i = 0; i < C; ++i) {
-                c[i] = hn::Mul(hn::Sub(texels.load(i, t), origin[i]), weight_root[i]);
-            }
+            for (std::size_t i = 0; i < C; ++i)
+                c[i] = hn::Mul(texels.load(i, t), weight_root[i]);
             V const share = weighted ? texels.load(3, t) : set(1.0f);
             std::size_t k = C;
             for (std::size_t i = 0; i < C; ++i) {
@@ -50,7 +52,7 @@ struct TEXEL_PRODUCTS {
         auto m = MOMENTS<C>::none();
         std::uint32_t count = 0;
         for (; mask; mask &= mask - 1, ++count) {
-            auto const t = static_cast<std::size_t>(__builtin_ctz(mask));
+            auto const t = static_cast<std::size_t>(std::countr_zero(mask));
             for (std::size_t i = 0; i < C; ++i)
                 m.sum[i] = hn::Add(m.sum[i], hn::Load(D(), value[t][i]));
             for (std::size_t k = 0; k < triangle(C); ++k)
@@ -122,7 +124,7 @@ void score_three_subsets(TEXEL_PRODUCTS<C> const& products, PARTITION_SCORES& sc
 struct RANKED_PARTITIONS {
     std::uint8_t partition[max_lanes][16];
 
-    RANKED_PARTITIONS(float const (*score)[max_lanes], std::size_t partitions, std::size_t wanted) {
+    HWY_NOINLINE RANKED_PARTITIONS(float const (*score)[max_lanes], std::size_t partitions, std::size_t wanted) {
         alignas(64) float rest[64][max_lanes];
         for (std::size_t p = 0; p < partitions; ++p)
             hn::Store(hn::Load(D(), score[p]), D(), rest[p]);
