@@ -40,15 +40,16 @@ struct BC6H_SCALE {
         exact = bits == 16;
     }
 
-    HWY_INLINE V encode(V value) const {
-        if constexpr (is_signed) {
-            V const size = hn::Mul(hn::Abs(value), inverse_step);
-            return hn::CopySign(hn::Min(exact ? round_half_up(size) : hn::Floor(size), top_code), value);
-        } else {
-            V const size = hn::Mul(value, inverse_step);
-            return clamp(exact ? round_half_up(size) : hn::Floor(size), zero(), top_code);
-        }
+    /// The code below a value; the one above it is next. Codes stand for the middles of steps, but for 16 bits.
+    HWY_INLINE V code_below(V value) const {
+        V const steps = hn::Mul(value, inverse_step);
+        if constexpr (is_signed)
+            return hn::Floor(exact ? steps : hn::Sub(steps, hn::CopySign(set(0.5f), value)));
+        else
+            return hn::Floor(exact ? steps : hn::Sub(steps, set(0.5f)));
     }
+
+    HWY_INLINE V within(V code) const { return clamp(code, is_signed ? hn::Neg(top_code) : zero(), top_code); }
 
     HWY_INLINE V decode(V code) const {
         if (exact)
@@ -61,36 +62,58 @@ struct BC6H_SCALE {
     }
 };
 
-/// Brings the endpoints of `subsets` subsets to what `mode` can store. Differences from the first endpoint that are too
-/// large for the mode are cut short. Gives an estimate of the squared error that the change of the endpoints brings to
-/// texels spread evenly between them.
+/// Brings the endpoints of `subsets` subsets to what `mode` can store: in each channel to the pair of neighbouring
+/// codes that costs least. Differences from the first endpoint that are too large for the mode are then cut short.
+/// Gives the growth of the squared error.
 template <bool is_signed, std::size_t subsets>
 HWY_INLINE V quantise_ends(BC6H_MODE const& mode, BC6H_ORIGIN const& origin, ENDS<3> const (&ends)[subsets],
-                           V const (&count)[subsets], ENDS<3> (&out)[subsets]) {
+                           ERROR_FORM const (&form)[subsets], SUBJECT<3> const& subject, ENDS<3> (&out)[subsets]) {
     BC6H_SCALE<is_signed> const scale(mode.endpoint_bits);
-    V error = zero();
+    V total = zero();
     for (std::size_t c = 0; c < 3; ++c) {
         V const zero_point = origin.load(c);
         float const reach = static_cast<float>(1u << (mode.delta_bits[c] - 1));
-        V base = zero();
-        auto const quantise = [&](V end, bool first) {
-            V code = scale.encode(hn::Mul(hn::Add(end, zero_point), set(bc6h_unit)));
-            if (first)
-                base = code;
-            else if (mode.transformed)
-                code = hn::Add(base, clamp(hn::Sub(code, base), set(-reach), set(reach - 1.0f)));
+        auto const to_scale = [&](V end) {
+            return hn::Mul(hn::Add(end, zero_point), set(bc6h_unit));
+        };
+        auto const to_units = [&](V code) {
             return hn::Sub(hn::Mul(scale.decode(code), set(1.0f / bc6h_unit)), zero_point);
         };
+        V base = zero();
+        V channel_total = zero();
         for (std::size_t s = 0; s < subsets; ++s) {
-            V const a = out[s].a[c] = quantise(ends[s].a[c], s == 0);
-            V const b = out[s].b[c] = quantise(ends[s].b[c], false);
-            V const change_a = hn::Sub(a, ends[s].a[c]);
-            V const change_b = hn::Sub(b, ends[s].b[c]);
-            V const sum = hn::Add(hn::Mul(change_a, hn::Add(change_a, change_b)), square(change_b));
-            error = hn::Add(error, hn::Mul(sum, count[s]));
+            V const below_a = scale.code_below(to_scale(ends[s].a[c]));
+            V const below_b = scale.code_below(to_scale(ends[s].b[c]));
+            V code_a = zero(), code_b = zero();
+            V cost = set(3e38f);
+            for (float const up_a : {0.0f, 1.0f})
+                for (float const up_b : {0.0f, 1.0f}) {
+                    V const a = scale.within(hn::Add(below_a, set(up_a)));
+                    V const b = scale.within(hn::Add(below_b, set(up_b)));
+                    V const growth =
+                        form[s].growth(hn::Sub(to_units(a), ends[s].a[c]), hn::Sub(to_units(b), ends[s].b[c]));
+                    M const less = hn::Lt(growth, cost);
+                    cost = hn::Min(growth, cost);
+                    code_a = hn::IfThenElse(less, a, code_a);
+                    code_b = hn::IfThenElse(less, b, code_b);
+                }
+            if (s == 0)
+                base = code_a;
+            if (mode.transformed) {
+                auto const cut = [&](V code) {
+                    return hn::Add(base, clamp(hn::Sub(code, base), set(-reach), set(reach - 1.0f)));
+                };
+                code_a = cut(code_a);
+                code_b = cut(code_b);
+            }
+            V const a = out[s].a[c] = to_units(code_a);
+            V const b = out[s].b[c] = to_units(code_b);
+            V const growth = form[s].growth(hn::Sub(a, ends[s].a[c]), hn::Sub(b, ends[s].b[c]));
+            channel_total = hn::Add(channel_total, growth);
         }
+        total = hn::Add(total, hn::Mul(channel_total, subject.weight(c)));
     }
-    return error;
+    return total;
 }
 
 }  // namespace blocks::HWY_NAMESPACE

@@ -33,7 +33,7 @@ struct BC6H_CHOICE {
 struct BC6H_TRIAL {
     TEXELS const& texels;
     BC6H_ORIGIN const& origin;
-    CHANNEL_WEIGHTS const& weights;
+    LANE_WEIGHTS const& weights;
     BC6H_SEARCH const& search;
     BC6H_CHOICE& choice;
 };
@@ -63,11 +63,11 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
     SUBJECT<3> const subject{trial.texels, trial.weights, {0, 1, 2}};
     MOMENTS<3> moments[subsets];
     ENDS<3> ends[subsets];
-    V count[subsets];
+    ERROR_FORM form[subsets];
     for (std::size_t s = 0; s < subsets; ++s) {
-        moments[s] = sum_moments<3, whole>(subject, sets[s]);
+        moments[s] = sum_moments<EVALUATION{.whole = whole, .weighted = true}>(subject, sets[s]);
         ends[s] = cover_axis<3, whole>(subject, sets[s], moments[s]);
-        count[s] = moments[s].count;
+        form[s] = ERROR_FORM::even(moments[s].count);
     }
     for (int round = 0; round < trial.search.rounds; ++round) {
         turn_to_anchor(subject, ends[0]);
@@ -75,11 +75,12 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
         V lowest = set(3e38f);
         auto const measure = [&](ENDS<3> const(&q)[subsets], V mode) {
             WEIGHT_SUMS<3> s[subsets];
-            V error = evaluate<EVALUATION{.whole = whole, .sums = true, .rounded = false, .anchored = true}>(
+            V error = evaluate<EVALUATION{
+                .whole = whole, .sums = true, .rounded = false, .anchored = true, .weighted = true}>(
                 subject, sets[0], q[0], levels, &s[0]);
             if constexpr (subsets == 2)
-                error = hn::Add(
-                    error, evaluate<EVALUATION{.sums = true, .rounded = false}>(subject, sets[1], q[1], levels, &s[1]));
+                error = hn::Add(error, evaluate<EVALUATION{.sums = true, .rounded = false, .weighted = true}>(
+                                           subject, sets[1], q[1], levels, &s[1]));
             M const lower = hn::Lt(error, lowest);
             lowest = hn::Min(error, lowest);
             BC6H_CHOICE& choice = trial.choice;
@@ -104,7 +105,7 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
             if (bc6h_modes[m].subsets != subsets)
                 continue;
             ENDS<3> q[subsets];
-            V const change = quantise_ends<is_signed, subsets>(bc6h_modes[m], trial.origin, ends, count, q);
+            V const change = quantise_ends<is_signed, subsets>(bc6h_modes[m], trial.origin, ends, form, subject, q);
             V const mode = set(static_cast<float>(m));
             if (trial.search.all_modes) {
                 measure(q, mode);
@@ -122,18 +123,17 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
         if (!trial.search.all_modes)
             measure(nearest, nearest_mode);
         for (std::size_t s = 0; s < subsets; ++s)
-            solve_least_squares<3>(moments[s], sums[s], ends[s]);
+            form[s] = solve_least_squares<3>(moments[s], sums[s], ends[s]);
     }
 }
 
 template <bool is_signed>
 void search_bc6h(BC6H_TRIAL const& trial) {
     try_subsets<is_signed, 1>(trial, {all_texels()}, zero());
-    V const origin[3] = {zero(), zero(), zero()};
-    TEXEL_PRODUCTS<3> const products(trial.texels, trial.weights.root, origin);
+    TEXEL_PRODUCTS<3, true> const products(trial.texels, trial.weights.root);
     PARTITION_SCORES scores;
     constexpr std::size_t partitions = 1u << bc6h_partition_bits;
-    score_two_subsets<3>(products, partitions, scores);
+    score_two_subsets(products, partitions, scores);
     RANKED_PARTITIONS const ranked(scores.eight_levels, partitions, trial.search.partitions);
     for (std::size_t k = 0; k < trial.search.partitions; ++k) {
         TEXEL_SET const second = ranked.look_up(two_subsets_second, k);

@@ -35,7 +35,7 @@ struct BC7_CHOICE {
 /// What all trials of a group share.
 struct BC7_TRIAL {
     TEXELS const& texels;
-    CHANNEL_WEIGHTS const& weights;
+    LANE_WEIGHTS const& weights;
     BC7_SEARCH const& search;
     BC7_CHOICE& choice;
 
@@ -145,11 +145,10 @@ HWY_INLINE void try_modes_4_and_5(BC7_TRIAL const& trial, int rotations) {
 inline void search_opaque(BC7_TRIAL const& trial) {
     BC7_SEARCH const& search = trial.search;
     try_mode_6<3, P_BITS::always_one>(trial);
-    V const origin[3] = {zero(), zero(), zero()};
-    TEXEL_PRODUCTS<3> const products(trial.texels, trial.weights.root, origin);
+    TEXEL_PRODUCTS<3> const products(trial.texels, trial.weights.root);
     PARTITION_SCORES scores;
     if (search.partitions_1 || search.partitions_3) {
-        score_two_subsets<3>(products, 64, scores);
+        score_two_subsets(products, 64, scores);
         RANKED_PARTITIONS const eight(scores.eight_levels, 64, search.partitions_1);
         try_two_subsets<ENDPOINT_SPEC{6, 0, P_BITS::shared, 8}, 3>(trial, 1, eight, search.partitions_1);
         RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_3);
@@ -171,10 +170,9 @@ inline void search_translucent(BC7_TRIAL const& trial) {
     try_mode_6<4, P_BITS::own>(trial);
     try_modes_4_and_5(trial, search.rotations);
     if (search.partitions_7) {
-        V const origin[4] = {zero(), zero(), zero(), zero()};
-        TEXEL_PRODUCTS<4> const products(trial.texels, trial.weights.root, origin);
+        TEXEL_PRODUCTS<4> const products(trial.texels, trial.weights.root);
         PARTITION_SCORES scores;
-        score_two_subsets<4>(products, 64, scores);
+        score_two_subsets(products, 64, scores);
         RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_7);
         try_two_subsets<ENDPOINT_SPEC{5, 5, P_BITS::own, 4}, 4>(trial, 7, four, search.partitions_7);
     }

@@ -36,7 +36,7 @@ constexpr BC7_SEARCH bc7_search(EFFORT effort) {
     case EFFORT::fast:
         return {0, 1, 0, 1, 1, 1, 0, 2, false};
     case EFFORT::normal:
-        return {1, 3, 1, 3, 3, 4, 1, 3, false};
+        return {2, 5, 2, 4, 4, 4, 4, 3, false};
     default:
         return {8, 12, 8, 12, 12, 4, 4, 4, true};
     }

@@ -97,7 +97,7 @@ HWY_INLINE void each_rounding(SUBJECT<C> const& subject, ERROR_FORM const& form,
 /// The whole fit of one subset. `whole` says that the set is all texels, which spares the masks.
 template <ENDPOINT_SPEC spec, std::size_t C, bool whole>
 FIT<C> fit_subset(SUBJECT<C> const& subject, TEXEL_SET texels, BC7_SEARCH const& search) {
-    MOMENTS<C> const m = sum_moments<C, whole>(subject, texels);
+    MOMENTS<C> const m = sum_moments<EVALUATION{.whole = whole}>(subject, texels);
     ENDS<C> ends = cover_axis<C, whole>(subject, texels, m);
     auto form = ERROR_FORM::even(m.count);
     FIT<C> best{ends, set(3e38f)};

@@ -1,14 +1,16 @@
 // BC6H encoding: fills the lanes of a group with blocks and turns what the search has chosen into bits.
 //
 // Errors are measured between the bit patterns of halves, which is nearly a logarithmic scale, like the format's own
-// interpolation. Published grounds: Microsoft's "BC6H Format"; partitions by estimate and endpoints by least squares as
-// in the BC7 encoder.
+// interpolation. For 8-bit texels, whose scale is a linear one, channels and texels are weighed by how steep the linear
+// value is there over the halves. Published grounds: Microsoft's "BC6H Format"; partitions by estimate and endpoints by
+// least squares as in the BC7 encoder.
 #include "blocks/encode_bc6h.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <type_traits>
 
 #include "blocks/bc6h_code.hpp"
 #include "blocks/bc6h_search.hpp"
@@ -90,10 +92,29 @@ namespace blocks::HWY_NAMESPACE {
 struct BC6H_GROUP {
     TEXELS texels;
     BC6H_ORIGIN origin;
+    alignas(64) float slope[3][max_lanes];  ///< of linear values over halves, by channel, relative to the steepest
     std::uint8_t* out[max_lanes];
     std::size_t count = 0;
 
-    void add(std::uint16_t const (&rgb)[16][3], bool is_signed, std::uint8_t* code) {
+    /// `linear`: errors are to count on the linear scale.
+    void add(std::uint16_t const (&rgb)[16][3], bool is_signed, bool linear, std::uint8_t* code) {
+        std::uint16_t largest[3] = {}, steepest = 0;
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            for (auto const& texel : rgb)
+                largest[channel] = std::max<std::uint16_t>(largest[channel], texel[channel] & 0x7FFF);
+            steepest = std::max(steepest, largest[channel]);
+        }
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            int const exponent = (largest[channel] >> 10) - (steepest >> 10);
+            slope[channel][count] = linear ? std::ldexp(1.0f, std::max(exponent, -6)) : 1.0f;
+        }
+        for (std::size_t t = 0; t < 16; ++t) {
+            std::uint16_t brightest = 0;
+            for (std::uint16_t const half : rgb[t])
+                brightest = std::max<std::uint16_t>(brightest, half & 0x7FFF);
+            int const exponent = (brightest >> 10) - (steepest >> 10);
+            texels.value[3][t][count] = linear ? std::ldexp(1.0f, 2 * std::max(exponent, -4)) : 1.0f;
+        }
         for (std::size_t channel = 0; channel < 3; ++channel) {
             float const zero_point = std::floor(on_decoder_scale(rgb[0][channel], is_signed) / bc6h_unit);
             origin.value[channel][count] = zero_point;
@@ -106,16 +127,18 @@ struct BC6H_GROUP {
     /// Empty lanes take a copy of the first block.
     void fill_up() {
         for (std::size_t channel = 0; channel < 3; ++channel) {
+            std::fill(slope[channel] + count, slope[channel] + lane_count, slope[channel][0]);
             std::fill(origin.value[channel] + count, origin.value[channel] + lane_count, origin.value[channel][0]);
-            for (auto& texel : texels.value[channel])
-                std::fill(texel + count, texel + lane_count, texel[0]);
         }
+        for (auto& channel : texels.value)
+            for (auto& texel : channel)
+                std::fill(texel + count, texel + lane_count, texel[0]);
     }
 };
 
 /// Finds the indices and codes that go with the chosen endpoints and writes the blocks.
 template <bool is_signed>
-void write_group(BC6H_GROUP const& group, CHANNEL_WEIGHTS const& weights, BC6H_CHOICE const& choice) {
+void write_group(BC6H_GROUP const& group, LANE_WEIGHTS const& weights, BC6H_CHOICE const& choice) {
     BC6H_CODE code[max_lanes];
     auto const each_lane = [](V v, auto&& put) {
         alignas(64) float lanes[max_lanes];
@@ -148,7 +171,7 @@ void write_group(BC6H_GROUP const& group, CHANNEL_WEIGHTS const& weights, BC6H_C
     }
     V weight[3];
     for (std::size_t c = 0; c < 3; ++c)
-        weight[c] = set(weights.weight[c]);
+        weight[c] = weights.weight[c];
     TEXEL_SET const in_second{hn::Load(DU(), second)};
     for (std::size_t t = 0; t < 16; ++t) {
         M const is_second = in_second.has(t);
@@ -168,10 +191,16 @@ void write_group(BC6H_GROUP const& group, CHANNEL_WEIGHTS const& weights, BC6H_C
 }
 
 template <bool is_signed>
-void encode_group(BC6H_GROUP& group, BC6H_SEARCH const& search, CHANNEL_WEIGHTS const& weights) {
+void encode_group(BC6H_GROUP& group, BC6H_SEARCH const& search, CHANNEL_WEIGHTS const& channel_weight) {
     if (group.count == 0)
         return;
     group.fill_up();
+    LANE_WEIGHTS weights(channel_weight);
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        V const slope = hn::Load(D(), group.slope[channel]);
+        weights.root[channel] = hn::Mul(weights.root[channel], slope);
+        weights.weight[channel] = hn::Mul(weights.weight[channel], square(slope));
+    }
     BC6H_CHOICE choice;
     search_bc6h<is_signed>(BC6H_TRIAL{group.texels, group.origin, weights, search, choice});
     write_group<is_signed>(group, weights, choice);
@@ -197,7 +226,7 @@ void encode_rows_of(VIEW const& view, ENCODE_OPTIONS const& options, std::uint32
                 write_bc6h(solid_bc6h(rgb[0], is_signed), out);
                 continue;
             }
-            group.add(rgb, is_signed, out);
+            group.add(rgb, is_signed, std::is_same_v<VIEW, RGBA8_VIEW>, out);
             if (group.count == lane_count)
                 encode_group<is_signed>(group, search, weights);
         }

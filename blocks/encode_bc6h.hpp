@@ -14,7 +14,8 @@ namespace blocks {
 void encode_bc6h_rows(RGBA16F_VIEW const& view, bool is_signed, ENCODE_OPTIONS const& options,
                       std::uint32_t first_block_row, std::uint32_t block_row_count, std::uint8_t* out);
 
-/// The same for 8-bit texels: v counts as the half nearest to v / 255, without any curve.
+/// The same for 8-bit texels: v counts as the half nearest to v / 255, without any curve. Here errors are kept small on
+/// the scale of the bytes, where halves are kept true in proportion.
 void encode_bc6h_rows(RGBA8_VIEW const& view, bool is_signed, ENCODE_OPTIONS const& options,
                       std::uint32_t first_block_row, std::uint32_t block_row_count, std::uint8_t* out);
 

@@ -44,7 +44,7 @@ struct BC7_GROUP {
 };
 
 /// Finds the indices that go with the chosen endpoints, plane by plane, and writes the blocks.
-void write_group(BC7_GROUP const& group, CHANNEL_WEIGHTS const& weights, BC7_CHOICE const& choice) {
+void write_group(BC7_GROUP const& group, LANE_WEIGHTS const& weights, BC7_CHOICE const& choice) {
     BC7_CODE code[max_lanes];
     auto const each_lane = [](V v, auto&& put) {
         alignas(64) float lanes[max_lanes];
@@ -74,18 +74,18 @@ void write_group(BC7_GROUP const& group, CHANNEL_WEIGHTS const& weights, BC7_CHO
         std::uint32_t const alpha_bits = c.index_selection ? mode.index_bits : mode.second_index_bits;
         colour_last[lane] = static_cast<float>((1u << colour_bits) - 1);
         alpha_last[lane] = two_planes ? static_cast<float>((1u << alpha_bits) - 1) : 1.0f;
-        alpha_in_colour[lane] = two_planes ? 0.0f : weights.weight[3];
+        alpha_in_colour[lane] = two_planes ? 0.0f : 1.0f;
     }
 
     V colour_weight[4], lone_weight[1];
     M rotated[3];
-    lone_weight[0] = set(weights.weight[3]);
+    lone_weight[0] = weights.weight[3];
     for (std::size_t c = 0; c < 3; ++c) {
         rotated[c] = hn::Eq(choice.rotation, set(static_cast<float>(c + 1)));
-        colour_weight[c] = hn::IfThenElse(rotated[c], set(weights.weight[3]), set(weights.weight[c]));
-        lone_weight[0] = hn::IfThenElse(rotated[c], set(weights.weight[c]), lone_weight[0]);
+        colour_weight[c] = hn::IfThenElse(rotated[c], weights.weight[3], weights.weight[c]);
+        lone_weight[0] = hn::IfThenElse(rotated[c], weights.weight[c], lone_weight[0]);
     }
-    colour_weight[3] = hn::Load(D(), alpha_in_colour);
+    colour_weight[3] = hn::Mul(hn::Load(D(), alpha_in_colour), weights.weight[3]);
 
     TEXEL_SET const in_second{hn::Load(DU(), second)}, in_third{hn::Load(DU(), third)};
     for (std::size_t t = 0; t < 16; ++t) {
@@ -123,7 +123,7 @@ void write_group(BC7_GROUP const& group, CHANNEL_WEIGHTS const& weights, BC7_CHO
         write_bc7(code[lane], group.out[lane]);
 }
 
-void encode_group(BC7_GROUP& group, CHANNEL_WEIGHTS const& weights, BC7_SEARCH const& search,
+void encode_group(BC7_GROUP& group, LANE_WEIGHTS const& weights, BC7_SEARCH const& search,
                   void (*search_modes)(BC7_TRIAL const&)) {
     if (group.count == 0)
         return;
@@ -137,7 +137,7 @@ void encode_group(BC7_GROUP& group, CHANNEL_WEIGHTS const& weights, BC7_SEARCH c
 void encode_rows(RGBA8_VIEW const& view, ENCODE_OPTIONS const& options, std::uint32_t first_block_row,
                  std::uint32_t block_row_count, std::uint8_t* out) {
     BC7_SEARCH const search = bc7_search(options.effort);
-    CHANNEL_WEIGHTS const weights = channel_weights(options.perceptual);
+    LANE_WEIGHTS const weights(channel_weights(options.perceptual));
     struct KIND {
         void (*search_modes)(BC7_TRIAL const&);
         BC7_GROUP group;

@@ -15,19 +15,35 @@
 HWY_BEFORE_NAMESPACE();
 namespace blocks::HWY_NAMESPACE {
 
+/// How much an error in each channel of each block counts, with square roots ready.
+struct LANE_WEIGHTS {
+    V weight[4];
+    V root[4];
+
+    /// The same for all blocks.
+    HWY_INLINE explicit LANE_WEIGHTS(CHANNEL_WEIGHTS const& same) {
+        for (std::size_t i = 0; i < 4; ++i) {
+            weight[i] = set(same.weight[i]);
+            root[i] = set(same.root[i]);
+        }
+    }
+};
+
 /// The texels of a fit: some channels of a group.
 template <std::size_t C>
 struct SUBJECT {
     TEXELS const& texels;
-    CHANNEL_WEIGHTS const& weights;
+    LANE_WEIGHTS const& weights;
     std::size_t channel[C];
 
     HWY_INLINE void load(std::size_t texel, V (&c)[C]) const {
         for (std::size_t i = 0; i < C; ++i)
             c[i] = texels.load(channel[i], texel);
     }
-    HWY_INLINE V weight(std::size_t i) const { return set(weights.weight[channel[i]]); }
-    HWY_INLINE float root(std::size_t i) const { return weights.root[channel[i]]; }
+    HWY_INLINE V weight(std::size_t i) const { return weights.weight[channel[i]]; }
+    HWY_INLINE V root(std::size_t i) const { return weights.root[channel[i]]; }
+    /// How much a texel counts, where texels differ in that. It stands in place of alpha.
+    HWY_INLINE V texel_weight(std::size_t texel) const { return texels.load(3, texel); }
 };
 
 /// Two endpoints.
@@ -72,25 +88,33 @@ struct WEIGHT_SUMS {
     }
 };
 
-template <std::size_t C, bool whole>
-HWY_INLINE MOMENTS<C> sum_moments(SUBJECT<C> const& subject, TEXEL_SET texels) {
+/// How texels are summed up. `whole`: the set is all texels, which spares the masks. `sums`: `evaluate` collects what
+/// least squares needs. `rounded`: texels are whole numbers and decoders round to them. `anchored`: texel 0 must get
+/// along with the lower half of the indices. `weighted`: texels count by their weights.
+struct EVALUATION {
+    bool whole = false;
+    bool sums = false;
+    bool rounded = true;
+    bool anchored = false;
+    bool weighted = false;
+};
+
+template <EVALUATION how, std::size_t C>
+HWY_NOINLINE MOMENTS<C> sum_moments(SUBJECT<C> const& subject, TEXEL_SET texels) {
     auto m = MOMENTS<C>::none();
     for (std::size_t t = 0; t < 16; ++t) {
         V c[C];
         subject.load(t, c);
-        V one = set(1.0f);
-        if constexpr (!whole) {
-            M const in = texels.has(t);
-            one = hn::IfThenElseZero(in, one);
-            for (auto& v : c)
-                v = hn::IfThenElseZero(in, v);
-        }
-        m.count = hn::Add(m.count, one);
+        V share = how.weighted ? subject.texel_weight(t) : set(1.0f);
+        if constexpr (!how.whole)
+            share = hn::IfThenElseZero(texels.has(t), share);
+        m.count = hn::Add(m.count, share);
         std::size_t k = 0;
         for (std::size_t i = 0; i < C; ++i) {
-            m.sum[i] = hn::Add(m.sum[i], c[i]);
+            V const shared = hn::Mul(c[i], share);
+            m.sum[i] = hn::Add(m.sum[i], shared);
             for (std::size_t j = i; j < C; ++j, ++k)
-                m.product[k] = hn::Add(m.product[k], hn::Mul(c[i], c[j]));
+                m.product[k] = hn::Add(m.product[k], hn::Mul(shared, c[j]));
         }
     }
     return m;
@@ -98,9 +122,9 @@ HWY_INLINE MOMENTS<C> sum_moments(SUBJECT<C> const& subject, TEXEL_SET texels) {
 
 /// The ends of the segment of the principal axis that the texels cover.
 template <std::size_t C, bool whole>
-HWY_INLINE ENDS<C> cover_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOMENTS<C> const& m) {
+HWY_NOINLINE ENDS<C> cover_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOMENTS<C> const& m) {
     V mean[C], project[C], direction[C];
-    V const inverse_count = hn::Div(set(1.0f), hn::Max(m.count, set(1.0f)));
+    V const inverse_count = hn::Div(set(1.0f), hn::Max(m.count, set(1e-6f)));
     for (std::size_t i = 0; i < C; ++i)
         mean[i] = hn::Mul(m.sum[i], inverse_count);
     if constexpr (C == 1) {
@@ -111,15 +135,15 @@ HWY_INLINE ENDS<C> cover_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOMEN
         std::size_t k = 0;
         for (std::size_t i = 0; i < C; ++i)
             for (std::size_t j = i; j < C; ++j, ++k)
-                matrix[k] = hn::Mul(matrix[k], set(subject.root(i) * subject.root(j)));
+                matrix[k] = hn::Mul(matrix[k], hn::Mul(subject.root(i), subject.root(j)));
         normalise<C>(matrix);
         V axis[C];
         power_iteration<C, 4>(matrix, axis);
         V const inverse = hn::Div(set(1.0f), hn::Max(hn::Sqrt(dot<C>(axis, axis)), set(1e-18f)));
         for (std::size_t i = 0; i < C; ++i) {
             V const unit = hn::Mul(axis[i], inverse);
-            project[i] = hn::Mul(unit, set(subject.root(i)));
-            direction[i] = hn::Mul(unit, set(1.0f / subject.root(i)));
+            project[i] = hn::Mul(unit, subject.root(i));
+            direction[i] = hn::Div(unit, subject.root(i));
         }
     }
     V low = set(3e38f), high = set(-3e38f);
@@ -180,20 +204,10 @@ struct RAMP {
     HWY_INLINE V weight(V index_) const { return round_half_up(hn::Mul(index_, index_to_weight)); }
 };
 
-/// What `evaluate` is to do. `whole`: the set is all texels, which spares the masks. `sums`: collect what least squares
-/// needs. `rounded`: texels are whole numbers and decoders round to them. `anchored`: texel 0 must get along with the
-/// lower half of the indices.
-struct EVALUATION {
-    bool whole = false;
-    bool sums = false;
-    bool rounded = true;
-    bool anchored = false;
-};
-
 /// Squared error of the texels where their indices are chosen along the segment.
 template <EVALUATION how, std::size_t C>
-HWY_INLINE V evaluate(SUBJECT<C> const& subject, TEXEL_SET texels, ENDS<C> const& ends, int levels,
-                      WEIGHT_SUMS<C>* sums) {
+HWY_NOINLINE V evaluate(SUBJECT<C> const& subject, TEXEL_SET texels, ENDS<C> const& ends, int levels,
+                        WEIGHT_SUMS<C>* sums) {
     V channel_weight[C];
     for (std::size_t i = 0; i < C; ++i)
         channel_weight[i] = subject.weight(i);
@@ -214,22 +228,33 @@ HWY_INLINE V evaluate(SUBJECT<C> const& subject, TEXEL_SET texels, ENDS<C> const
         M in;
         if constexpr (!how.whole)
             in = texels.has(t);
+        V share;
+        if constexpr (how.weighted) {
+            share = subject.texel_weight(t);
+            if constexpr (!how.whole)
+                share = hn::IfThenElseZero(in, share);
+        }
         for (std::size_t i = 0; i < C; ++i) {
             V way = hn::Mul(ramp.step[i], w);
             if constexpr (how.rounded)
                 way = round_half_up(way);
             V e = square(hn::Sub(way, difference[i]));
-            if constexpr (!how.whole)
+            if constexpr (how.weighted)
+                e = hn::Mul(e, share);
+            else if constexpr (!how.whole)
                 e = hn::IfThenElseZero(in, e);
             channel_error[i] = hn::Add(channel_error[i], e);
         }
         if constexpr (how.sums) {
-            if constexpr (!how.whole)
-                w = hn::IfThenElseZero(in, w);
-            s.w = hn::Add(s.w, w);
-            s.ww = hn::Add(s.ww, hn::Mul(w, w));
+            V shared = w;
+            if constexpr (how.weighted)
+                shared = hn::Mul(w, share);
+            else if constexpr (!how.whole)
+                shared = hn::IfThenElseZero(in, w);
+            s.w = hn::Add(s.w, shared);
+            s.ww = hn::Add(s.ww, hn::Mul(shared, w));
             for (std::size_t i = 0; i < C; ++i)
-                s.wc[i] = hn::Add(s.wc[i], hn::Mul(w, c[i]));
+                s.wc[i] = hn::Add(s.wc[i], hn::Mul(shared, c[i]));
         }
     }
     if constexpr (how.sums)

@@ -9,6 +9,8 @@
 #define BLOCKS_PARTITION_ESTIMATE_INL_HPP
 #endif
 
+#include <bit>
+
 #include "blocks/bc7_tables.hpp"
 #include "blocks/principal_axis-inl.hpp"
 
@@ -21,23 +23,28 @@ struct PARTITION_SCORES {
     alignas(64) float eight_levels[64][max_lanes];
 };
 
-/// Channel products of every texel, worked out once for all partitions.
-template <std::size_t C>
+/// Channel products of every texel, worked out once for all partitions. `weighted`: texels count by their weights,
+/// which stand in place of alpha.
+template <std::size_t C, bool weighted = false>
 struct TEXEL_PRODUCTS {
-    alignas(64) float value[16][C + triangle(C)][max_lanes];
+    alignas(64) float value[16][C + triangle(C) + weighted][max_lanes];
 
-    /// `weight_root` scales the channels before anything else; `origin` is what counts as zero.
-    HWY_INLINE TEXEL_PRODUCTS(TEXELS const& texels, float const* weight_root, V const* origin) {
+    /// `weight_root` scales the channels before anything else.
+    HWY_INLINE TEXEL_PRODUCTS(TEXELS const& texels, V const* weight_root) {
         for (std::size_t t = 0; t < 16; ++t) {
             V c[C];
-            for (std::size_t i = 0; i < C; ++i) {
-                c[i] = hn::Mul(hn::Sub(texels.load(i, t), origin[i]), set(weight_root[i]));
-                hn::Store(c[i], D(), value[t][i]);
-            }
-            std::size_t k = C;
             for (std::size_t i = 0; i < C; ++i)
+                c[i] = hn::Mul(texels.load(i, t), weight_root[i]);
+            V const share = weighted ? texels.load(3, t) : set(1.0f);
+            std::size_t k = C;
+            for (std::size_t i = 0; i < C; ++i) {
+                V const shared = hn::Mul(c[i], share);
+                hn::Store(shared, D(), value[t][i]);
                 for (std::size_t j = i; j < C; ++j, ++k)
-                    hn::Store(hn::Mul(c[i], c[j]), D(), value[t][k]);
+                    hn::Store(hn::Mul(shared, c[j]), D(), value[t][k]);
+            }
+            if constexpr (weighted)
+                hn::Store(share, D(), value[t][k]);
         }
     }
 
@@ -45,13 +52,16 @@ struct TEXEL_PRODUCTS {
         auto m = MOMENTS<C>::none();
         std::uint32_t count = 0;
         for (; mask; mask &= mask - 1, ++count) {
-            auto const t = static_cast<std::size_t>(__builtin_ctz(mask));
+            auto const t = static_cast<std::size_t>(std::countr_zero(mask));
             for (std::size_t i = 0; i < C; ++i)
                 m.sum[i] = hn::Add(m.sum[i], hn::Load(D(), value[t][i]));
             for (std::size_t k = 0; k < triangle(C); ++k)
                 m.product[k] = hn::Add(m.product[k], hn::Load(D(), value[t][C + k]));
+            if constexpr (weighted)
+                m.count = hn::Add(m.count, hn::Load(D(), value[t][C + triangle(C)]));
         }
-        m.count = set(static_cast<float>(count));
+        if constexpr (!weighted)
+            m.count = set(static_cast<float>(count));
         return m;
     }
 };
@@ -84,8 +94,8 @@ HWY_INLINE void store_scores(V off_axis, V along_axis, std::size_t partition, PA
     hn::Store(hn::Add(off_axis, hn::Mul(along_axis, set(1.0f / 49.0f))), D(), scores.eight_levels[partition]);
 }
 
-template <std::size_t C>
-void score_two_subsets(TEXEL_PRODUCTS<C> const& products, std::size_t partitions, PARTITION_SCORES& scores) {
+template <std::size_t C, bool weighted>
+void score_two_subsets(TEXEL_PRODUCTS<C, weighted> const& products, std::size_t partitions, PARTITION_SCORES& scores) {
     MOMENTS<C> const whole = products.sum(0xFFFF);
     for (std::size_t p = 0; p < partitions; ++p) {
         MOMENTS<C> const second = products.sum(two_subsets_second[p]);
@@ -114,7 +124,7 @@ void score_three_subsets(TEXEL_PRODUCTS<C> const& products, PARTITION_SCORES& sc
 struct RANKED_PARTITIONS {
     std::uint8_t partition[max_lanes][16];
 
-    RANKED_PARTITIONS(float const (*score)[max_lanes], std::size_t partitions, std::size_t wanted) {
+    HWY_NOINLINE RANKED_PARTITIONS(float const (*score)[max_lanes], std::size_t partitions, std::size_t wanted) {
         alignas(64) float rest[64][max_lanes];
         for (std::size_t p = 0; p < partitions; ++p)
             hn::Store(hn::Load(D(), score[p]), D(), rest[p]);

@@ -39,7 +39,7 @@ struct MOMENTS {
 /// Sums of squared deviations from the mean: the covariance matrix times the count, upper triangle in row order.
 template <std::size_t C>
 HWY_INLINE void scatter_matrix(MOMENTS<C> const& m, V (&matrix)[triangle(C)]) {
-    V const inverse = hn::Div(set(1.0f), hn::Max(m.count, set(1.0f)));
+    V const inverse = hn::Div(set(1.0f), hn::Max(m.count, set(1e-6f)));
     std::size_t k = 0;
     for (std::size_t i = 0; i < C; ++i) {
         V const mean = hn::Mul(m.sum[i], inverse);
