@@ -22,6 +22,21 @@ struct BC6H_ORIGIN {
     HWY_INLINE V load(std::size_t channel) const { return hn::Load(D(), value[channel]); }
 };
 
+/// Limits of the endpoints in each channel of each block, in units.
+struct BC6H_BOUNDS {
+    alignas(64) float low[3][max_lanes];
+    alignas(64) float high[3][max_lanes];
+
+    HWY_INLINE void keep(ENDS<3>& ends) const {
+        for (std::size_t c = 0; c < 3; ++c) {
+            V const lowest = hn::Load(D(), low[c]);
+            V const highest = hn::Load(D(), high[c]);
+            ends.a[c] = clamp(ends.a[c], lowest, highest);
+            ends.b[c] = clamp(ends.b[c], lowest, highest);
+        }
+    }
+};
+
 /// The codes of `bits` bits and what a decoder makes of them.
 template <bool is_signed>
 struct BC6H_SCALE {

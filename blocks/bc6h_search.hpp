@@ -20,7 +20,7 @@ constexpr BC6H_SEARCH bc6h_search(EFFORT effort) {
     case EFFORT::normal:
         return {4, 3, false};
     default:
-        return {12, 4, true};
+        return {12, 3, true};
     }
 }
 

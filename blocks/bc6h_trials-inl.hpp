@@ -33,6 +33,7 @@ struct BC6H_CHOICE {
 struct BC6H_TRIAL {
     TEXELS const& texels;
     BC6H_ORIGIN const& origin;
+    BC6H_BOUNDS const& bounds;
     LANE_WEIGHTS const& weights;
     BC6H_SEARCH const& search;
     BC6H_CHOICE& choice;
@@ -70,6 +71,8 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
         form[s] = ERROR_FORM::even(moments[s].count);
     }
     for (int round = 0; round < trial.search.rounds; ++round) {
+        for (auto& e : ends)
+            trial.bounds.keep(e);
         turn_to_anchor(subject, ends[0]);
         WEIGHT_SUMS<3> sums[subsets];
         V lowest = set(3e38f);

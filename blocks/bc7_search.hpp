@@ -38,7 +38,7 @@ constexpr BC7_SEARCH bc7_search(EFFORT effort) {
     case EFFORT::normal:
         return {2, 5, 2, 4, 4, 4, 4, 3, false};
     default:
-        return {8, 12, 8, 12, 12, 4, 4, 4, true};
+        return {8, 12, 8, 12, 12, 4, 4, 3, true};
     }
 }
 

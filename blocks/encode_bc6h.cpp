@@ -92,6 +92,7 @@ namespace blocks::HWY_NAMESPACE {
 struct BC6H_GROUP {
     TEXELS texels;
     BC6H_ORIGIN origin;
+    BC6H_BOUNDS bounds;
     alignas(64) float slope[3][max_lanes];  ///< of linear values over halves, by channel, relative to the steepest
     std::uint8_t* out[max_lanes];
     std::size_t count = 0;
@@ -121,6 +122,18 @@ struct BC6H_GROUP {
             for (std::size_t t = 0; t < 16; ++t)
                 texels.value[channel][t][count] = on_decoder_scale(rgb[t][channel], is_signed) / bc6h_unit - zero_point;
         }
+        // Weights tell how steep the linear value is where a texel lies, which says nothing of places far away:
+        // endpoints must not go far from where the block's texels are.
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            float low = 3e38f, high = -3e38f;
+            for (auto const& texel : texels.value[channel]) {
+                low = std::min(low, texel[count]);
+                high = std::max(high, texel[count]);
+            }
+            float const margin = linear ? (high - low) / 16 : 3e38f;
+            bounds.low[channel][count] = low - margin;
+            bounds.high[channel][count] = high + margin;
+        }
         out[count++] = code;
     }
 
@@ -129,6 +142,8 @@ struct BC6H_GROUP {
         for (std::size_t channel = 0; channel < 3; ++channel) {
             std::fill(slope[channel] + count, slope[channel] + lane_count, slope[channel][0]);
             std::fill(origin.value[channel] + count, origin.value[channel] + lane_count, origin.value[channel][0]);
+            std::fill(bounds.low[channel] + count, bounds.low[channel] + lane_count, bounds.low[channel][0]);
+            std::fill(bounds.high[channel] + count, bounds.high[channel] + lane_count, bounds.high[channel][0]);
         }
         for (auto& channel : texels.value)
             for (auto& texel : channel)
@@ -202,7 +217,7 @@ void encode_group(BC6H_GROUP& group, BC6H_SEARCH const& search, CHANNEL_WEIGHTS 
         weights.weight[channel] = hn::Mul(weights.weight[channel], square(slope));
     }
     BC6H_CHOICE choice;
-    search_bc6h<is_signed>(BC6H_TRIAL{group.texels, group.origin, weights, search, choice});
+    search_bc6h<is_signed>(BC6H_TRIAL{group.texels, group.origin, group.bounds, weights, search, choice});
     write_group<is_signed>(group, weights, choice);
     group.count = 0;
 }
