@@ -113,8 +113,8 @@ bool decode_image(FORMAT format, std::span<std::uint8_t const> blocks, std::uint
     BLOCK_DECODER<VALUE> const decode_block = block_decoder<VALUE>(format);
     auto const block_bytes = block_bytes_of_image(format, width, height);
     auto const values = rgba_values_of_image(width, height);
-    if (decode_block == nullptr || width == 0 || height == 0 || !block_bytes || blocks.size() < *block_bytes || !values ||
-        texels.size() < *values) {
+    if (decode_block == nullptr || width == 0 || height == 0 || !block_bytes || blocks.size() < *block_bytes ||
+        !values || texels.size() < *values) {
         return false;
     }
     std::uint8_t const* block = blocks.data();
