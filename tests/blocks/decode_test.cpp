@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
 
 #include "blocks/decode.hpp"
+#include "blocks/encode.hpp"
+#include "blocks/half_float.hpp"
 
 namespace blocks {
 namespace {
@@ -130,6 +133,38 @@ TEST(decode_image_rgba32f, keeps_fractions) {
     ASSERT_TRUE(decode_image_rgba32f(FORMAT::bc4_snorm, signed_block, 4, 4, texels));
     EXPECT_FLOAT_EQ(texels[4], -1.0f);
     EXPECT_FLOAT_EQ(texels[8], 5.0f / 7);
+}
+
+TEST(half_to_float, keeps_every_kind_of_value) {
+    EXPECT_EQ(half_to_float(0x3C00), 1.0f);
+    EXPECT_EQ(half_to_float(0xC100), -2.5f);
+    EXPECT_EQ(half_to_float(0x7BFF), 65504.0f);
+    EXPECT_EQ(half_to_float(0x0001), 0x1p-24f);
+    EXPECT_EQ(half_to_float(0x83FF), -0x1.FF8p-15f);
+    EXPECT_EQ(half_to_float(0xFC00), -std::numeric_limits<float>::infinity());
+    EXPECT_TRUE(std::isnan(half_to_float(0x7E00)));
+}
+
+TEST(decode_image, halves_keep_their_range_in_floats_and_are_clamped_in_bytes) {
+    std::vector<std::uint16_t> halves;
+    for (int i = 0; i < 16; ++i) {
+        // Above one, half, below zero.
+        halves.insert(halves.end(), {0x4000, 0x3800, 0xBC00, 0x3C00});
+    }
+    BYTES block(16);
+    ASSERT_TRUE(encode_image(FORMAT::bc6h_sf16, RGBA16F_VIEW{halves.data(), 4, 4, 32}, {}, 1, block));
+    std::vector<float> floats(64);
+    ASSERT_TRUE(decode_image_rgba32f(FORMAT::bc6h_sf16, block, 4, 4, floats));
+    EXPECT_NEAR(floats[60], 2, 0.02);
+    EXPECT_NEAR(floats[61], 0.5, 0.005);
+    EXPECT_NEAR(floats[62], -1, 0.01);
+    EXPECT_EQ(floats[63], 1);
+    BYTES texels(64);
+    ASSERT_TRUE(decode_image_rgba8(FORMAT::bc6h_sf16, block, 4, 4, texels));
+    EXPECT_EQ(texels[60], 255);
+    EXPECT_NEAR(texels[61], 128, 1);
+    EXPECT_EQ(texels[62], 0);
+    EXPECT_EQ(texels[63], 255);
 }
 
 TEST(decode_image_rgba8, drops_what_sticks_out) {
