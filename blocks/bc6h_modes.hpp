@@ -1,5 +1,5 @@
 // The fourteen block layouts of BC6H: precision of the endpoints and the order in which their bits are scattered over
-// the block, as the Khronos Data Format Specification lists them. One table serves decoder and encoder, so that the two
+// the block, as the Khronos Data Format document lists them. One table serves decoder and encoder, so that the two
 // cannot disagree.
 #pragma once
 

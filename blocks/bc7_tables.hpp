@@ -1,5 +1,5 @@
 // What the block layouts of BC6H and BC7 have in common and what sets BC7's eight modes apart: partitions, anchors,
-// interpolation weights and field widths, as the Khronos Data Format Specification and Microsoft's Direct3D 11 format
+// interpolation weights and field widths, as the Khronos Data Format document and Microsoft's Direct3D 11 format
 // documents list them. Partitions are bit masks, because both decoder and encoder ask "is texel i in subset s".
 #pragma once
 

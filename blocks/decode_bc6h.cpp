@@ -1,4 +1,4 @@
-// BC6H decoding, field by field in storage order (Khronos Data Format Specification, chapter on BPTC; Microsoft, "BC6H
+// BC6H decoding, field by field in storage order (Khronos Data Format document, chapter on BPTC; Microsoft, "BC6H
 // Format"). Speed is second here: the file is meant to be checked against those documents.
 #include "blocks/decode_bc6h.hpp"
 

@@ -1,4 +1,4 @@
-// BC7 decoding, field by field in storage order (Khronos Data Format Specification, chapter on BPTC; Microsoft, "BC7
+// BC7 decoding, field by field in storage order (Khronos Data Format document, chapter on BPTC; Microsoft, "BC7
 // Format Mode Reference"). Speed is second here: the file is meant to be checked against those documents.
 #include "blocks/decode_bc7.hpp"
 
