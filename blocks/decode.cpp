@@ -2,11 +2,15 @@
 #include "blocks/decode.hpp"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "blocks/decode_bc1.hpp"
 #include "blocks/decode_bc2.hpp"
 #include "blocks/decode_bc3.hpp"
 #include "blocks/decode_bc4.hpp"
+#include "blocks/decode_bc6h.hpp"
+#include "blocks/decode_bc7.hpp"
+#include "blocks/half_float.hpp"
 #include "blocks/image_size.hpp"
 
 namespace blocks {
@@ -59,6 +63,23 @@ void decode_channels(std::uint8_t const* block, TEXELS<VALUE>& texels) {
     }
 }
 
+template <bool is_signed, typename VALUE>
+void decode_halves(std::uint8_t const* block, TEXELS<VALUE>& texels) {
+    std::uint16_t halves[16][3];
+    decode_bc6h(block, is_signed, halves);
+    for (int i = 0; i < 16; ++i) {
+        for (int c = 0; c < 3; ++c) {
+            float const value = half_to_float(halves[i][c]);
+            if constexpr (std::is_same_v<VALUE, std::uint8_t>) {
+                texels[i][c] = static_cast<std::uint8_t>(std::clamp(value, 0.0f, 1.0f) * 255 + 0.5f);
+            } else {
+                texels[i][c] = value;
+            }
+        }
+        texels[i][3] = opaque<VALUE>;
+    }
+}
+
 template <typename VALUE>
 BLOCK_DECODER<VALUE> block_decoder(FORMAT format) {
     switch (format) {
@@ -77,9 +98,11 @@ BLOCK_DECODER<VALUE> block_decoder(FORMAT format) {
     case FORMAT::bc5_snorm:
         return decode_channels<true, 2, VALUE>;
     case FORMAT::bc6h_uf16:
+        return decode_halves<false, VALUE>;
     case FORMAT::bc6h_sf16:
+        return decode_halves<true, VALUE>;
     case FORMAT::bc7:
-        break;
+        return decode_bytes<decode_bc7, VALUE>;
     }
     return nullptr;
 }
@@ -90,8 +113,8 @@ bool decode_image(FORMAT format, std::span<std::uint8_t const> blocks, std::uint
     BLOCK_DECODER<VALUE> const decode_block = block_decoder<VALUE>(format);
     auto const block_bytes = block_bytes_of_image(format, width, height);
     auto const values = rgba_values_of_image(width, height);
-    if (decode_block == nullptr || width == 0 || height == 0 || !block_bytes || blocks.size() < *block_bytes ||
-        !values || texels.size() < *values) {
+    if (decode_block == nullptr || width == 0 || height == 0 || !block_bytes || blocks.size() < *block_bytes || !values ||
+        texels.size() < *values) {
         return false;
     }
     std::uint8_t const* block = blocks.data();
