@@ -1,0 +1,130 @@
+// Cluster fit: texels sorted along an axis fall into runs that share a palette entry, and for each way to cut the
+// sorted texels into runs the best endpoints follow from least squares (S. Brown, "DXT Compression Techniques", 2006).
+// All blocks of a vector try the same cut at the same time, so its sums of weights are plain constants and only the
+// texels differ. A cut whose error even with unrounded endpoints is no better than the best so far is passed over,
+// which most are when the likely ones come first.
+#include <hwy/highway.h>
+
+#include "blocks/bc1_cuts.hpp"
+#include "blocks/encode_bc1_blocks-inl.hpp"
+#include "blocks/encode_bc1_range_fit-inl.hpp"
+
+#if defined(BLOCKS_ENCODE_BC1_CLUSTER_FIT_INL_HPP) == defined(HWY_TARGET_TOGGLE)
+#ifdef BLOCKS_ENCODE_BC1_CLUSTER_FIT_INL_HPP
+#undef BLOCKS_ENCODE_BC1_CLUSTER_FIT_INL_HPP
+#else
+#define BLOCKS_ENCODE_BC1_CLUSTER_FIT_INL_HPP
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace blocks {
+namespace HWY_NAMESPACE {
+
+/// The pairs that Green's sorting network for 16 keys compares, layer by layer (M. W. Green, 1969; Knuth, "The Art of
+/// Computer Programming", volume 3, section 5.3.4).
+constexpr std::uint8_t sorting_network[60][2] = {
+    {0, 1},  {2, 3},  {4, 5},   {6, 7},   {8, 9},  {10, 11}, {12, 13}, {14, 15}, {0, 2},  {4, 6},   {8, 10},  {12, 14},
+    {1, 3},  {5, 7},  {9, 11},  {13, 15}, {0, 4},  {8, 12},  {1, 5},   {9, 13},  {2, 6},  {10, 14}, {3, 7},   {11, 15},
+    {0, 8},  {1, 9},  {2, 10},  {3, 11},  {4, 12}, {5, 13},  {6, 14},  {7, 15},  {5, 10}, {6, 9},   {3, 12},  {13, 14},
+    {4, 8},  {7, 11}, {1, 2},   {1, 4},   {7, 13}, {2, 8},   {11, 14}, {2, 4},   {5, 6},  {9, 10},  {11, 13}, {3, 8},
+    {7, 12}, {6, 8},  {10, 12}, {3, 5},   {7, 9},  {3, 4},   {5, 6},   {7, 8},   {9, 10}, {11, 12}, {6, 7},   {8, 9}};
+
+/// `sums[n][c]`: channel c of the first n texels in the order of the axis.
+HWY_INLINE void prefix_sums(COLOUR_BLOCKS const& blocks, V const (&axis)[3], V (&sums)[17][3]) {
+    V positions[16];
+    V texels[16][3];
+    for (int i = 0; i < 16; ++i) {
+        positions[i] = along_axis(blocks, blocks.texels[i], axis);
+        for (int c = 0; c < 3; ++c) {
+            texels[i][c] = blocks.texels[i][c];
+        }
+    }
+    for (auto const& pair : sorting_network) {
+        int const low = pair[0];
+        int const high = pair[1];
+        V const low_position = positions[low];
+        V const high_position = positions[high];
+        M const in_order = hn::Le(low_position, high_position);
+        positions[low] = hn::Min(low_position, high_position);
+        positions[high] = hn::Max(low_position, high_position);
+        for (int c = 0; c < 3; ++c) {
+            V const low_value = texels[low][c];
+            V const high_value = texels[high][c];
+            texels[low][c] = select(in_order, low_value, high_value);
+            texels[high][c] = select(in_order, high_value, low_value);
+        }
+    }
+    for (int c = 0; c < 3; ++c) {
+        sums[0][c] = set(0);
+        for (int i = 0; i < 16; ++i) {
+            sums[i + 1][c] = hn::Add(sums[i][c], texels[i][c]);
+        }
+    }
+}
+
+/// One channel of a cut: rounds both endpoints to the grid and returns the error less the spread. The exact widening of
+/// grid values is left to the evaluation of the winner; here c / top is near enough.
+template <int channel>
+HWY_INLINE V cut_error(COLOUR_BLOCKS const& blocks, BC1_CUT const& cut, V sum, V& grid_first, V& grid_second) {
+    constexpr float top = channel == 1 ? 63 : 31;
+    V const mean = blocks.mean[channel];
+    V const grid_mean = hn::Mul(mean, set(top / 255));
+    grid_first = clamp(round(hn::Add(hn::Mul(sum, set(cut.first_scale * (top / 255))), grid_mean)), set(0), set(top));
+    grid_second = clamp(round(hn::Add(hn::Mul(sum, set(cut.second_scale * (top / 255))), grid_mean)), set(0), set(top));
+    V const first = hn::Sub(hn::Mul(grid_first, set(255 / top)), mean);
+    V const second = hn::Sub(hn::Mul(grid_second, set(255 / top)), mean);
+    V const twice_texels = hn::Mul(sum, set(cut.twice_sum_scale));
+    V const first_part =
+        hn::Sub(hn::Add(hn::Mul(first, set(cut.first_squared)), hn::Mul(second, set(cut.twice_cross))), twice_texels);
+    V const second_part = hn::Add(hn::Mul(second, set(cut.second_squared)), twice_texels);
+    return hn::Add(hn::Mul(first, first_part), hn::Mul(second, second_part));
+}
+
+/// Tries the cuts on the texels sorted along `axis` and returns the endpoints of the best one, or those of `best` where
+/// no cut has less error.
+template <int steps>
+HWY_INLINE ENDPOINTS cluster_fit(COLOUR_BLOCKS const& blocks, V const (&axis)[3], std::span<BC1_CUT const> cuts,
+                                 FIT const& best) {
+    V sums[17][3];
+    prefix_sums(blocks, axis, sums);
+    ENDPOINTS found = best.endpoints;
+    V found_error = hn::Sub(best.error, blocks.spread);
+    V const red_weight = set(blocks.channel_weight[0]);
+    V const green_weight = set(blocks.channel_weight[1]);
+    V const blue_weight = set(blocks.channel_weight[2]);
+    for (BC1_CUT const& cut : cuts) {
+        V sum[3];
+        for (int c = 0; c < 3; ++c) {
+            sum[c] = hn::Add(sums[cut.at[0]][c], sums[cut.at[1]][c]);
+            if constexpr (steps == 3) {
+                sum[c] = hn::Add(sum[c], sums[cut.at[2]][c]);
+            }
+        }
+        V const length_squared =
+            hn::Add(hn::Add(hn::Mul(square(sum[0]), red_weight), hn::Mul(square(sum[1]), green_weight)),
+                    hn::Mul(square(sum[2]), blue_weight));
+        M const promising = hn::Lt(hn::Mul(length_squared, set(cut.unrounded_error_scale)), found_error);
+        if (hn::AllFalse(FLOATS(), promising)) {
+            continue;
+        }
+        ENDPOINTS candidate;
+        V const red = cut_error<0>(blocks, cut, sum[0], candidate.first[0], candidate.second[0]);
+        V const green = cut_error<1>(blocks, cut, sum[1], candidate.first[1], candidate.second[1]);
+        V const blue = cut_error<2>(blocks, cut, sum[2], candidate.first[2], candidate.second[2]);
+        V const error =
+            hn::Add(hn::Add(hn::Mul(red, red_weight), hn::Mul(green, green_weight)), hn::Mul(blue, blue_weight));
+        M const better = hn::And(promising, hn::Lt(error, found_error));
+        found_error = select(better, error, found_error);
+        for (int c = 0; c < 3; ++c) {
+            found.first[c] = select(better, candidate.first[c], found.first[c]);
+            found.second[c] = select(better, candidate.second[c], found.second[c]);
+        }
+    }
+    return found;
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace blocks
+HWY_AFTER_NAMESPACE();
+
+#endif
