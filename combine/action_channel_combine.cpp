@@ -1,6 +1,6 @@
 #include "combine/action_channel_combine.hpp"
 
-#include "combine/freeimage_messages.hpp"
+#include "dds/freeimage_messages.hpp"
 #include "combine/level_values.hpp"
 #include "platform/image_loader/quiet_tiff.hpp"
 

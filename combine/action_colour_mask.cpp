@@ -1,6 +1,6 @@
 #include "combine/action_colour_mask.hpp"
 
-#include "combine/tool_data_library.hpp"
+#include "dds/tool_data_library.hpp"
 #include "platform/tool_data_builder/texture_compressor.hpp"
 #include "processor/host/paths.hpp"
 

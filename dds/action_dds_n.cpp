@@ -1,6 +1,7 @@
 #include "dds/action_dds_n.hpp"
 
 #include "dds/compress_image.hpp"
+#include "dds/conversion_name.hpp"
 #include "dds/texture_rules.hpp"
 #include "platform/image_loader/wrap_image32.hpp"
 #include "platform/qe/load_tga.hpp"
@@ -69,9 +70,7 @@ ACTION_DDS_N::ACTION_DDS_N(PHYSICAL_PATH const& source, PROCESSOR_INTERFACE& pro
 }
 
 QString ACTION_DDS_N::get_name(bool detailed) {
-    QString const name = QStringLiteral("Convert texture");
-    return detailed ? name + QStringLiteral(" (") + logical_source().section(QLatin1Char('/'), 1, -1) + QLatin1Char(')')
-                    : name;
+    return conversion_name(logical_source(), detailed);
 }
 
 bool ACTION_DDS_N::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const& rule_cache,

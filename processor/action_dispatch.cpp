@@ -9,7 +9,9 @@
 #include "combine/action_levelled_material_map.hpp"
 #include "combine/action_mask.hpp"
 #include "combine/action_material_map.hpp"
+#include "dds/action_dds.hpp"
 #include "dds/action_dds_n.hpp"
+#include "dds/action_freeimage.hpp"
 #include "processor/host/action_error.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
@@ -87,9 +89,8 @@ void ACTION_DISPATCH::dispatch_conversion(SOURCE const& source) {
         return add_conversion(combine_wear(source), source);
     if (ends_with(text, "_deposition.tif"))
         return;
-    // No action class of this library makes formats other than DDS.
     if (!format.isEmpty() && format != QLatin1String("dds"))
-        return;
+        return add_conversion(std::make_unique<ACTION_FREEIMAGE>(source.physical, format, processor_), source);
 
     // Packed maps are made from their primary source; the other sources of the stem make nothing of their own.
     if (ends_with(text, "_curvature.tga"))
@@ -145,9 +146,14 @@ void ACTION_DISPATCH::dispatch_tga(SOURCE const& source) {
         }
         return;
     }
-    if (!source.texture_rule.exists())
-        return;
-    auto action = std::make_unique<ACTION_DDS_N>(source.physical, processor_);
+    CONVERSION action;
+    if (source.texture_rule.exists()) {
+        action = std::make_unique<ACTION_DDS_N>(source.physical, processor_);
+    } else {
+        QString const forbid = source.old_rule.value(QStringLiteral("ForbidDXT1")).toString().toLower();
+        bool const forbid_dxt1 = forbid == QLatin1String("true") || forbid == QLatin1String("1");
+        action = std::make_unique<ACTION_DDS>(source.physical, processor_, forbid_dxt1);
+    }
     if (ends_with(source.text, "_factionmask.tga"))
         faction_masks_.insert(source.text.left(source.text.size() - 16), action.get());
     add_conversion(std::move(action), source);

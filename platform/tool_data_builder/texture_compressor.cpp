@@ -1,6 +1,7 @@
 #include "platform/tool_data_builder/texture_compressor.hpp"
 
 #include "platform/qe/load_tga.hpp"
+#include "platform/qe/native_path.hpp"
 #include "platform/qe/pack_channels.hpp"
 #include "platform/tool_data_builder/messages.hpp"
 #include "platform/tool_data_builder/mip_chain.hpp"
@@ -35,7 +36,7 @@ constexpr std::array<TEXEL_BYTE, 4> taken_channel = {TEXEL_BYTE::red, TEXEL_BYTE
                                                      TEXEL_BYTE::red};
 
 fs::path located(UniString const& base_folder, UniString const& path) {
-    return fs::path(base_folder.text()) / fs::path(path.text());
+    return QE::native_path(base_folder) / QE::native_path(path);
 }
 
 std::string quoted(fs::path const& path) {
@@ -182,7 +183,7 @@ bool TEXTURE_COMPRESSOR::process_tga(UniString const& target_folder, UniString c
         fs::path const path = located(base_folder_, source);
         OUTPUT output;
         output.target = target_folder.empty() ? path.parent_path() : located(base_folder_, target_folder);
-        output.target /= target_name != nullptr ? fs::path(target_name->text()) : path.stem();
+        output.target /= target_name != nullptr ? QE::native_path(*target_name) : path.stem();
         output.target += ".dds";
         output.encoding = forbid_dxt1 ? ENCODING::dxt5 : ENCODING::by_alpha;
         output.mipmaps = mipmaps;

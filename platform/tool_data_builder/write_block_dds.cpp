@@ -2,11 +2,9 @@
 
 #include "blocks/encode.hpp"
 #include "platform/image_loader/image_memory.hpp"
+#include "platform/qe/replace_file.hpp"
 
-#include <cerrno>
-#include <fstream>
 #include <optional>
-#include <system_error>
 #include <vector>
 
 namespace TOOLDATABUILDER {
@@ -41,33 +39,6 @@ DXGI dxgi_of(blocks::FORMAT format) {
     return DXGI::unknown;
 }
 
-bool write_whole_file(std::filesystem::path const& path, std::span<std::uint8_t const> bytes, std::string& cause) {
-    errno = 0;
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<char const*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (file) {
-        return true;
-    }
-    cause = errno != 0 ? std::generic_category().message(errno) : "the file cannot be written";
-    return false;
-}
-
-bool replace_file(std::filesystem::path const& target, std::span<std::uint8_t const> bytes, std::string& cause) {
-    std::filesystem::path unfinished = target;
-    unfinished += ".part";
-    std::error_code error;
-    if (write_whole_file(unfinished, bytes, cause)) {
-        std::filesystem::rename(unfinished, target, error);
-        if (!error) {
-            return true;
-        }
-        cause = error.message();
-    }
-    std::filesystem::remove(unfinished, error);
-    return false;
-}
-
 }  // namespace
 
 bool write_block_dds(std::filesystem::path const& target, std::span<blocks::RGBA8_VIEW const> levels,
@@ -92,7 +63,7 @@ bool write_block_dds(std::filesystem::path const& target, std::span<blocks::RGBA
     description.mip_count = static_cast<std::uint32_t>(levels.size());
     description.format = dxgi_of(settings.format);
     std::optional<std::vector<std::uint8_t>> const file = dds_container::write_dds(description, surfaces, cause);
-    return file && replace_file(target, *file, cause);
+    return file && QE::replace_file(target, *file, cause);
 }
 
 }  // namespace TOOLDATABUILDER

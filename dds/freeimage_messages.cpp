@@ -1,4 +1,4 @@
-#include "combine/freeimage_messages.hpp"
+#include "dds/freeimage_messages.hpp"
 
 #include <FreeImage.h>
 

@@ -1,4 +1,4 @@
-#include "combine/tool_data_library.hpp"
+#include "dds/tool_data_library.hpp"
 
 #include "platform/tool_data_builder/messages.hpp"
 
