@@ -4,7 +4,9 @@
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
 #include "processor/texture_processor.hpp"
+#include "tests/host/framework/test_folder.hpp"
 #include "tests/support/test_rules.hpp"
+#include "tests/support/test_tga.hpp"
 
 #include <gtest/gtest.h>
 
@@ -137,7 +139,11 @@ TEST(action_dispatch, which_rule_is_active) {
          no_target},
         {"place holders", TEST_RULES().add("", "Texture", {{"TargetPath", "/x//{dir}/{name}/"}}),
          list({"Convert texture (d/a.tga) -> /out//x/d/a/a.dds"})},
-        {"another format is no DDS", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "PNG"}}), {}},
+        {"another format", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "PNG"}}),
+         list({"Convert texture (d/a.tga) -> /out/t/a.png"})},
+        {"another format by the old rule", TEST_RULES().add("", "TextureOld", {{"TargetPath", "t"}, {"Format", "jpg"}}),
+         list({"Convert texture (d/a.tga) -> /out/t/a.jpg"})},
+        {"the old rule alone", TEST_RULES().add("", "TextureOld", {{"TargetPath", "t"}}), converted},
         {"DDS in capitals", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "DDS"}}), converted},
         {"alpha-blend pair",
          TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"ExportExtraAlphaBlendTexture", true}}),
@@ -160,10 +166,14 @@ TEST(action_dispatch, rules_pick_the_class_of_packed_maps) {
     QStringList const older = list({
         "Convert colormask (a) -> /out/t/a_mask.dds < a_mask1.tga a_mask2.tga",
         "Convert colormask (b) -> /out/t/b_colour_mask.dds < b_colormask.tga",
+        "Convert texture (c_colormask4.tga) -> /out/t/c_colormask4.dds",
         "Convert gloss map (d) -> /out/t/d_gloss_map.dds < d_gloss.tga d_level.tga",
+        "Convert texture (d_level.tga) -> /out/t/d_level.dds",
         "Create material map (e) -> /out/t/e_material_map.dds < e_smoothness.tga",
     });
     EXPECT_EQ(dispatched(files, old_rule), older);
+    EXPECT_EQ(dispatched(list({"x_factionmask.tga", "x_gloss.tga"}), old_rule),
+              list({"Convert gloss map (x) -> /out/t/x_gloss_map.dds < x_gloss.tga x_factionmask.tga"}));
     // A texture rule that does not say where still picks the newer classes.
     QStringList const newer = list({
         "Convert mask texture (a) -> /out/t/a_mask.dds < a_mask1.tga a_mask2.tga",
@@ -176,9 +186,42 @@ TEST(action_dispatch, rules_pick_the_class_of_packed_maps) {
     EXPECT_EQ(dispatched(files, old_rule.add("", "Texture", {{"Mipmaps", false}})), newer);
     // Blend maps come before the format is looked at, packed maps after.
     TEST_RULES png;
-    png.add("", "Texture", {{"TargetPath", "t"}, {"TargetBaseName", "n"}, {"Format", "png"}});
-    EXPECT_EQ(dispatched(list({"x_flow.tif", "x_gloss.tga", "x_mask1.tga"}), png),
-              list({"Convert texture (/out/t/n.jpg) -> /out/t/n.jpg < x_flow.tif x_flow.tif x_flow.tif"}));
+    png.add("", "Texture", {{"TargetPath", "t"}, {"Format", "png"}});
+    EXPECT_EQ(
+        dispatched(list({"x_curvature.tga", "x_flow.tif", "x_gloss.tga", "x_mask1.tga", "x_n.tif"}), png),
+        list({"Convert texture (x_curvature.tga) -> /out/t/x_curvature.png",
+              "Convert texture (/out/t/blendmap_alpha.jpg) -> /out/t/blendmap_alpha.jpg < x_flow.tif x_flow.tif "
+              "x_flow.tif",
+              "Convert texture (x_gloss.tga) -> /out/t/x_gloss.png",
+              "Convert texture (x_mask1.tga) -> /out/t/x_mask1.png", "Convert texture (x_n.tif) -> /out/t/x_n.png"}));
+}
+
+/// The old rule's word on DXT1 shows in the texture: an opaque source stays DXT5 where it is forbidden.
+TEST(action_dispatch, the_old_rule_may_forbid_dxt1) {
+    struct CASE {
+        QVariant forbid;
+        char const* four_cc;
+    };
+    CASE const cases[] = {{{}, "DXT1"},     {"false", "DXT1"}, {"yes", "DXT1"}, {0, "DXT1"},
+                          {"TRUE", "DXT5"}, {true, "DXT5"},    {1, "DXT5"},     {"1", "DXT5"}};
+    TEST_FOLDER const folder;
+    PHYSICAL_PATH const source(folder.write("raw/a.tga", tga(4, 4, [](int, int) { return std::array{1, 2, 3, 255}; })));
+    PATHS::set_roots(PHYSICAL_PATH(folder.path("raw")), PHYSICAL_PATH(folder.path("out")));
+    FILE_ENTRY entry{source, {}};
+    FILE_MAP files;
+    files.insert(LOGICAL_PATH(QStringLiteral("<raw>/a.tga")), &entry);
+    for (CASE const& c : cases) {
+        TEST_RULES rules;
+        rules.add("", "TextureOld", {{"TargetPath", "t"}, {"ForbidDXT1", c.forbid}});
+        TEXTURE_PROCESSOR processor;
+        auto const actions = processor.create_actions(files, rules);
+        ASSERT_EQ(actions.size(), 1);
+        std::unique_ptr<ACTION_INTERFACE> const action(actions.front());
+        ASSERT_EQ(action->run(files, rules), ACTION_INTERFACE::STATUS_SUCCEEDED);
+        QFile target(folder.path("out/t/a.dds"));
+        ASSERT_TRUE(target.open(QIODevice::ReadOnly));
+        EXPECT_EQ(target.readAll().mid(84, 4), c.four_cc) << c.forbid.toString().toStdString();
+    }
 }
 
 TEST(suffixed_working_path, keeps_place_and_extension) {
