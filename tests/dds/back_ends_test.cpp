@@ -115,12 +115,14 @@ TEST_F(BACK_ENDS, every_format_name) {
 TEST_F(BACK_ENDS, d3d_makes_the_whole_chain_from_the_top_level) {
     TEXTURE_RULES rules = rules_of("bc7");
     rules.mipmaps = false;
+#ifndef ZAB_SYSTEM_DIRECTXTEX
+    // The library itself takes such sides on Windows alone.
     IMAGE odd = ramp(6, 9);
     EXPECT_TRUE(compress(odd, rules));
     EXPECT_EQ(written(), "DX10 98 x 4");
     EXPECT_NEAR(shown(0)[0], 200, 2);
     EXPECT_NEAR(shown(0, 5)[2], 40, 2);
-
+#endif
     // Levels that the image brought along are not used.
     IMAGE levelled = make_image(
         8, 8,

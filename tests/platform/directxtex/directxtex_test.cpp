@@ -211,6 +211,8 @@ TEST(directxtex_save, header_and_whole_file) {
         auto const description = dds_container::read_dds(*bytes, cause);
         ASSERT_TRUE(description) << cause;
         EXPECT_EQ(description->header_kind == dds_container::HEADER_KIND::dx10, flags != DDS_FLAGS_NONE);
+        // The depth field, as the library itself fills it.
+        EXPECT_EQ((*bytes)[24], flags != DDS_FLAGS_NONE ? 1 : 0);
         EXPECT_EQ(std::vector(bytes->end() - 16, bytes->end()), bytes_of(blocks));
     }
     EXPECT_TRUE(FAILED(save(DDS_FLAGS_NONE, L"/no/such/folder/a.dds")));
