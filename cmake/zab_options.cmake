@@ -3,6 +3,8 @@
 option(ZAB_TESTS "Build the tests" ON)
 option(ZAB_BENCH "Build the benchmarks" OFF)
 option(ZAB_WERROR "Warnings are errors" ON)
+set(ZAB_DIRECTXTEX "own" CACHE STRING "Where the DirectXTex interface comes from: own (platform/directxtex) or system")
+set_property(CACHE ZAB_DIRECTXTEX PROPERTY STRINGS own system)
 set(ZAB_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them (address,undefined or thread)")
 
 set(CMAKE_CXX_STANDARD 20)

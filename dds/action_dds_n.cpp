@@ -1,9 +1,10 @@
 #include "dds/action_dds_n.hpp"
 
 #include "dds/compress_image.hpp"
+#include "dds/conversion_name.hpp"
 #include "dds/texture_rules.hpp"
-#include "platform/image_loader/image.hpp"
-#include "platform/qe/read_pixels.hpp"
+#include "platform/image_loader/wrap_image32.hpp"
+#include "platform/qe/load_tga.hpp"
 
 #include <QFile>
 
@@ -18,37 +19,16 @@ using IMAGE_LOADER::IMAGE;
 
 constexpr int progress_maximum = 1000;
 
-/// The texels of a TGA file; nothing when it cannot be opened or read, or has no texels.
-std::optional<QE::IMAGE32> read_tga(PHYSICAL_PATH const& path) {
-    QE::FileIn file(QE::String(QFile::encodeName(path).toStdString()));
-    QE::TGAHeader header;
-    if (!file.is_open() || !header.read(file) || header.width() == 0 || header.height() == 0)
-        return {};
-    std::string cause;
-    return QE::read_pixels(file, header, cause);
-}
-
-/// A view of the TGA's texels as an image of one level.
-IMAGE wrap(QE::IMAGE32& tga) {
-    IMAGE_LOADER::IMAGE_INFO info;
-    info.width = tga.width;
-    info.height = tga.height;
-    info.texel_format = IMAGE_LOADER::TTF_B8G8R8A8;
-    info.image_format = IMAGE_LOADER::IMAGE_FORMAT::tga;
-    info.number_of_mips = 1;
-    info.surfaces = {{tga.pixels.data(), std::uint64_t{4} * tga.width, tga.pixels.size(), 0}};
-    return IMAGE(std::move(info));
-}
-
 bool compress_tga(OUTPUT_LINE_SINK& sink, TEXTURE_RULES const& rules, PHYSICAL_PATH const& source,
                   PHYSICAL_PATH const& target) {
-    std::optional<QE::IMAGE32> tga = read_tga(source);
-    if (!tga) {
+    std::string cause;
+    std::optional<QE::IMAGE32> tga = QE::load_tga(QE::String(QFile::encodeName(source).toStdString()), cause);
+    if (!tga || tga->pixels.empty()) {
         sink.add_output_line(QStringLiteral("Attempting to compress ") + source +
                              QStringLiteral(" but it does not exist !"));
         return false;
     }
-    IMAGE image = wrap(*tga);
+    IMAGE image = IMAGE_LOADER::wrap_image32(*tga);
     return compress_image(sink, rules, false, image, target);
 }
 
@@ -90,9 +70,7 @@ ACTION_DDS_N::ACTION_DDS_N(PHYSICAL_PATH const& source, PROCESSOR_INTERFACE& pro
 }
 
 QString ACTION_DDS_N::get_name(bool detailed) {
-    QString const name = QStringLiteral("Convert texture");
-    return detailed ? name + QStringLiteral(" (") + logical_source().section(QLatin1Char('/'), 1, -1) + QLatin1Char(')')
-                    : name;
+    return conversion_name(logical_source(), detailed);
 }
 
 bool ACTION_DDS_N::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const& rules,

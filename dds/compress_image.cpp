@@ -1,6 +1,8 @@
 #include "dds/compress_image.hpp"
 
 #include "dds/channel_steps.hpp"
+#include "dds/compress_with_ati.hpp"
+#include "dds/compress_with_d3d.hpp"
 #include "dds/compress_with_nvtt.hpp"
 #include "dds/compression_format.hpp"
 #include "dds/one_bit_alpha_chain.hpp"
@@ -66,16 +68,12 @@ bool compress_image(OUTPUT_LINE_SINK& sink, TEXTURE_RULES const& rules, bool is_
         rules.use_hq_one_bit_alpha)
         chain = make_one_bit_alpha_chain(working, rules.need_gamma_correction);
 
-    if (is_routed_to_d3d(format->dxgi)) {
-        sink.add_output_line(QStringLiteral("This build has no D3D compressor for '%1'").arg(rules.compression_format));
-        return false;
-    }
-    if (rules.compressor == COMPRESSOR_TYPE::ATI) {
-        sink.add_output_line(QStringLiteral("This build has no ATI compressor"));
-        return false;
-    }
+    if (is_routed_to_d3d(format->dxgi))
+        return compress_with_d3d(sink, target, format->dxgi, working, rules.need_gamma_correction);
     BACK_END_SETTINGS settings;
     settings.format = format->nvtt;
+    settings.format_name = rules.compression_format;
+    settings.uncompressed_with_alpha = format->uncompressed_with_alpha;
     settings.normal_map = rules.normal_map;
     settings.mipmaps = rules.mipmaps;
     settings.need_gamma_correction = rules.need_gamma_correction;
@@ -83,5 +81,8 @@ bool compress_image(OUTPUT_LINE_SINK& sink, TEXTURE_RULES const& rules, bool is_
     settings.mip_filter = rules.mip_filter;
     settings.fastest_quality = rules.fastest_quality;
     settings.l8_name = format->l8_name;
+    // Only the nvidia back-end takes ready levels; the ATI one always makes its own.
+    if (rules.compressor == COMPRESSOR_TYPE::ATI)
+        return compress_with_ati(sink, target, settings, working);
     return compress_with_nvtt(sink, target, settings, working, chain);
 }

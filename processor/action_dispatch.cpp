@@ -1,6 +1,17 @@
 #include "processor/action_dispatch.hpp"
 
+#include "combine/action_billboard.hpp"
+#include "combine/action_channel_combine.hpp"
+#include "combine/action_colour_mask.hpp"
+#include "combine/action_curvature.hpp"
+#include "combine/action_gloss_map.hpp"
+#include "combine/action_levelled_gloss_map.hpp"
+#include "combine/action_levelled_material_map.hpp"
+#include "combine/action_mask.hpp"
+#include "combine/action_material_map.hpp"
+#include "dds/action_dds.hpp"
 #include "dds/action_dds_n.hpp"
+#include "dds/action_freeimage.hpp"
 #include "processor/host/action_error.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
@@ -72,15 +83,18 @@ void ACTION_DISPATCH::dispatch_conversion(SOURCE const& source) {
     QString const format = source.active_rule.value(QStringLiteral("Format")).toString().toLower();
     bool const has_texture_rule = source.texture_rule.exists();
 
-    // Blend maps, and formats other than DDS: no action class of this library makes them.
-    if (ends_with(text, "_flow.tif") || ends_with(text, "_wear.tif") || ends_with(text, "_deposition.tif"))
+    if (ends_with(text, "_flow.tif"))
+        return add_conversion(combine_flow(source), source);
+    if (ends_with(text, "_wear.tif"))
+        return add_conversion(combine_wear(source), source);
+    if (ends_with(text, "_deposition.tif"))
         return;
     if (!format.isEmpty() && format != QLatin1String("dds"))
-        return;
+        return add_conversion(std::make_unique<ACTION_FREEIMAGE>(source.physical, format, processor_), source);
 
     // Packed maps are made from their primary source; the other sources of the stem make nothing of their own.
     if (ends_with(text, "_curvature.tga"))
-        return;
+        return add_conversion(std::make_unique<ACTION_CURVATURE>(stem_of(source, 14), processor_), source);
     if (ends_with(text, "_translucency.tga")) {
         if (ends_with(text, "_curvature_translucency.tga"))
             add_clash(QLatin1String("curvature_translucency map"), source);
@@ -88,22 +102,22 @@ void ACTION_DISPATCH::dispatch_conversion(SOURCE const& source) {
     }
     if (ends_with(text, "_gloss.tga") && !ends_with(text, "_spec_gloss.tga")) {
         gloss_stems_.insert(text.left(text.size() - 10));
-        return;
+        return add_by_rule<ACTION_GLOSS_MAP, ACTION_LEVELLED_GLOSS_MAP>(source, stem_of(source, 10));
     }
     if (ends_with(text, "_smoothness.tga")) {
         smoothness_stems_.insert(text.left(text.size() - 15));
-        return;
+        return add_by_rule<ACTION_MATERIAL_MAP, ACTION_LEVELLED_MATERIAL_MAP>(source, stem_of(source, 15));
     }
     if (ends_with(text, "_gloss_map.tga") && has_sibling(source, 8, QLatin1String(".tga")))
         return add_clash(QLatin1String("gloss map"), source);
     if (ends_with(text, "_material_map.tga") && has_sibling(source, 16, QLatin1String("smoothness.tga")))
         return add_clash(QLatin1String("material map"), source);
     if (ends_with(text, "_colormask.tga"))
-        return;
+        return add_by_rule<ACTION_MASK, ACTION_COLOUR_MASK>(source, stem_of(source, 14), false);
     if (ends_with(text, "_billboard_normal.tga")) {
         if (!has_sibling(source, 10, QLatin1String("displacement.tga")))
-            add_billboard_error(QLatin1String("Displacement map not found!"), source);
-        return;
+            return add_billboard_error(QLatin1String("Displacement map not found!"), source);
+        return add_conversion(std::make_unique<ACTION_BILLBOARD>(stem_of(source, 11), processor_), source);
     }
     if (ends_with(text, "_billboard_displacement.tga")) {
         if (!has_sibling(source, 16, QLatin1String("normal.tga")))
@@ -117,23 +131,52 @@ void ACTION_DISPATCH::dispatch_conversion(SOURCE const& source) {
     if (source.active_rule.value(QStringLiteral("ExportExtraAlphaBlendTexture")).toBool() && has_texture_rule)
         return export_alpha_blend_pair(source);
     if (ends_with(text, ".tga"))
-        return add_conversion(convert_tga(source), source);
+        return dispatch_tga(source);
     if (has_texture_rule)
         add_conversion(std::make_unique<ACTION_DDS_N>(source.physical, processor_), source);
 }
 
-ACTION_DISPATCH::CONVERSION ACTION_DISPATCH::convert_tga(SOURCE const& source) {
+void ACTION_DISPATCH::dispatch_tga(SOURCE const& source) {
     QRegularExpressionMatch const mask = numbered_mask_.match(source.text);
     if (mask.hasMatch()) {
         // One action for all the masks of a stem, made by whichever comes first.
-        mask_stems_.insert(mask.captured(1));
-        return nullptr;
+        if (!mask_stems_.contains(mask.captured(1))) {
+            mask_stems_.insert(mask.captured(1));
+            add_by_rule<ACTION_MASK, ACTION_COLOUR_MASK>(source, stem_of(source, 10), true);
+        }
+        return;
     }
-    if (!source.texture_rule.exists())
-        return nullptr;
-    auto action = std::make_unique<ACTION_DDS_N>(source.physical, processor_);
+    CONVERSION action;
+    if (source.texture_rule.exists()) {
+        action = std::make_unique<ACTION_DDS_N>(source.physical, processor_);
+    } else {
+        QString const forbid = source.old_rule.value(QStringLiteral("ForbidDXT1")).toString().toLower();
+        bool const forbid_dxt1 = forbid == QLatin1String("true") || forbid == QLatin1String("1");
+        action = std::make_unique<ACTION_DDS>(source.physical, processor_, forbid_dxt1);
+    }
     if (ends_with(source.text, "_factionmask.tga"))
         faction_masks_.insert(source.text.left(source.text.size() - 16), action.get());
+    add_conversion(std::move(action), source);
+}
+
+/// A flow map is grey: all three colours come from it.
+ACTION_DISPATCH::CONVERSION ACTION_DISPATCH::combine_flow(SOURCE const& source) {
+    auto action = std::make_unique<ACTION_CHANNEL_COMBINE>(
+        PHYSICAL_PATH(source.working_directory + QLatin1String("/blendmap_alpha.jpg")), processor_);
+    for (std::size_t channel = 0; channel < 3; ++channel)
+        action->set_channel_source(channel, source.logical);
+    return action;
+}
+
+/// Deposition in red and wear in green; nothing without the deposition map.
+ACTION_DISPATCH::CONVERSION ACTION_DISPATCH::combine_wear(SOURCE const& source) {
+    LOGICAL_PATH const deposition(source.text.left(source.text.size() - 8) + QLatin1String("deposition.tif"));
+    if (!files_.contains(deposition))
+        return nullptr;
+    auto action = std::make_unique<ACTION_CHANNEL_COMBINE>(
+        PHYSICAL_PATH(source.working_directory + QLatin1String("/blendmap.jpg")), processor_);
+    action->set_channel_source(0, deposition);
+    action->set_channel_source(1, source.logical);
     return action;
 }
 
@@ -190,6 +233,16 @@ void ACTION_DISPATCH::add_conversion(CONVERSION action, SOURCE const& source) {
     result_.push_back(std::move(action));
 }
 
+template <typename NEWER, typename OLDER, typename... ARGUMENTS>
+void ACTION_DISPATCH::add_by_rule(SOURCE const& source, ARGUMENTS... arguments) {
+    CONVERSION action;
+    if (source.texture_rule.exists())
+        action = std::make_unique<NEWER>(arguments..., processor_);
+    else
+        action = std::make_unique<OLDER>(arguments..., processor_);
+    add_conversion(std::move(action), source);
+}
+
 void ACTION_DISPATCH::add_error(QString const& name, QString const& message, SOURCE const& source) {
     auto action = std::make_unique<ACTION_ERROR>(name, message, processor_);
     action->add_source_file(source.logical);
@@ -211,4 +264,9 @@ void ACTION_DISPATCH::add_billboard_error(QLatin1String message, SOURCE const& s
 /// Whether the table holds the source's logical path with its last `cut` characters replaced by `ending`.
 bool ACTION_DISPATCH::has_sibling(SOURCE const& source, int cut, QLatin1String ending) const {
     return files_.contains(LOGICAL_PATH(source.text.left(source.text.size() - cut) + ending));
+}
+
+/// The physical path without its last `cut` characters.
+PHYSICAL_PATH ACTION_DISPATCH::stem_of(SOURCE const& source, int cut) {
+    return PHYSICAL_PATH(source.physical.left(source.physical.text().size() - cut));
 }

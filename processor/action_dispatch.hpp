@@ -43,15 +43,21 @@ private:
     void dispatch(FILE_MAP::ENTRY const& file);
     void dispatch_conversion(SOURCE const& source);
     void dispatch_atlas(SOURCE const& source);
-    CONVERSION convert_tga(SOURCE const& source);
+    void dispatch_tga(SOURCE const& source);
+    CONVERSION combine_flow(SOURCE const& source);
+    CONVERSION combine_wear(SOURCE const& source);
     void export_alpha_blend_pair(SOURCE const& source);
     void take_over_faction_masks();
 
     void add_conversion(CONVERSION action, SOURCE const& source);
+    /// The newer kind of action where a "Texture" rule exists, whichever rule is active, and else the older kind.
+    template <typename NEWER, typename OLDER, typename... ARGUMENTS>
+    void add_by_rule(SOURCE const& source, ARGUMENTS... arguments);
     void add_error(QString const& name, QString const& message, SOURCE const& source);
     void add_clash(QLatin1String what, SOURCE const& source);
     void add_billboard_error(QLatin1String message, SOURCE const& source);
     bool has_sibling(SOURCE const& source, int cut, QLatin1String ending) const;
+    static PHYSICAL_PATH stem_of(SOURCE const& source, int cut);
 
     PROCESSOR_INTERFACE& processor_;
     FILE_MAP const& files_;

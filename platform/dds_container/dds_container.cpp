@@ -352,7 +352,9 @@ write_dds(DDS_DESCRIPTION const& given, std::span<std::span<std::uint8_t const> 
     put(width, description.width);
     put(pitch_or_linear_size, static_cast<std::uint32_t>(is_block_format ? slice_bytes(description, 0)
                                                                          : row_bytes(description, description.width)));
-    put(depth, description.is_volume ? description.depth : 0);
+    // The depth of what is no volume is 0 in files of the legacy kind and 1 in the others, as their usual writers have
+    // it.
+    put(depth, description.is_volume || description.header_kind == HEADER_KIND::dx10 ? description.depth : 0);
     put(mip_count, description.mip_count);
     put(pixel_format_bytes, 32);
     put(pixel_format_flags, format->flags);

@@ -3,14 +3,13 @@
 #include "platform/image_loader/load_dds.hpp"
 #include "platform/image_loader/load_image_file.hpp"
 #include "platform/image_loader/load_with_freeimage.hpp"
+#include "platform/qe/replace_file.hpp"
 #include "platform/qe/tga_header.hpp"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <fstream>
 #include <new>
-#include <system_error>
 
 namespace IMAGE_LOADER {
 
@@ -243,20 +242,10 @@ bool write_png(std::filesystem::path const& path, PICTURE const& picture, std::s
     if (!png) {
         return false;
     }
-    std::filesystem::path temporary = path;
-    temporary += ".part";
-    std::error_code error;
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<char const*>(png->data()), static_cast<std::streamsize>(png->size()));
-    file.close();
-    if (file) {
-        std::filesystem::rename(temporary, path, error);
-        if (!error) {
-            return true;
-        }
+    if (QE::replace_file(path, *png, cause)) {
+        return true;
     }
-    cause = "the file cannot be written" + (error ? ": " + error.message() : std::string());
-    std::filesystem::remove(temporary, error);
+    cause = "the file cannot be written: " + cause;
     return false;
 }
 

@@ -3,9 +3,10 @@
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/image_loader/picture.hpp"
 #include "processor/host/paths.hpp"
-#include "processor/host/processor_interface.hpp"
 #include "tests/host/framework/test_folder.hpp"
+#include "tests/support/no_processor.hpp"
 #include "tests/support/test_rules.hpp"
+#include "tests/support/test_tga.hpp"
 
 #include <gtest/gtest.h>
 
@@ -15,27 +16,6 @@
 #include <sys/resource.h>
 
 namespace {
-
-class NO_PROCESSOR : public PROCESSOR_INTERFACE {
-public:
-    QString get_name() override { return {}; }
-    QVector<ACTION_INTERFACE*> create_actions(FILE_MAP const&, RULE_CACHE const&) override { return {}; }
-};
-
-/// A true-colour TGA with the top row first; texels as blue, green, red, alpha.
-QByteArray tga(int width, int height, std::function<std::array<int, 4>(int, int)> const& texel) {
-    QByteArray bytes = QByteArray::fromHex("000002000000000000000000");
-    for (int const side : {width, height})
-        bytes.append(static_cast<char>(side % 256)).append(static_cast<char>(side / 256));
-    bytes.append(char(32)).append(char(0x28));
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            for (int const channel : texel(x, y))
-                bytes.append(static_cast<char>(channel));
-        }
-    }
-    return bytes;
-}
 
 QByteArray plain_tga(int width, int height) {
     return tga(width, height, [](int x, int y) { return std::array{x * 8, y * 8, 200, 255}; });

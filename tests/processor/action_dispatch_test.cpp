@@ -1,10 +1,12 @@
-// Which actions a file table gets. Every action is written as one text, "name -> target", so that a whole pass compares
-// as a list; errors are written "name ! message".
+// Which actions a file table gets. Every action is written as one text, "name -> target", with " < sources" where the
+// name does not say the one source, so that a whole pass compares as a list; errors are written "name ! message".
 #include "processor/action_dispatch.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
 #include "processor/texture_processor.hpp"
+#include "tests/host/framework/test_folder.hpp"
 #include "tests/support/test_rules.hpp"
+#include "tests/support/test_tga.hpp"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +15,14 @@
 namespace {
 
 constexpr char const* clash = "generation of the same texture. You probably don't need this file as a raw data.";
+
+/// " < a b" for actions of several sources, or of one whose name the action does not bear.
+QString packed_from(QVector<LOGICAL_PATH> const& sources, QString const& name) {
+    QString text;
+    for (LOGICAL_PATH const& source : sources)
+        text += ' ' + source.text().mid(6);
+    return sources.size() == 1 && name.contains('(' + text.mid(1) + ')') ? QString() : " <" + text;
+}
 
 /// The actions for these logical paths below "<raw>/", in their order.
 QStringList dispatched(QStringList const& names, RULE_CACHE const& rules) {
@@ -36,7 +46,7 @@ QStringList dispatched(QStringList const& names, RULE_CACHE const& rules) {
         if (!action->error().isEmpty())
             texts.back() += " ! " + action->error();
         else
-            texts.back() += " -> " + targets.value(0).physical_path.text();
+            texts.back() += " -> " + targets.value(0).physical_path.text() + packed_from(sources, texts.back());
     }
     return texts;
 }
@@ -58,16 +68,20 @@ TEST(action_dispatch, suffixes_and_siblings) {
          list({"Convert texture (a.tga) -> /out/t/a.dds", "Convert texture (b.png) -> /out/t/b.dds",
                "Convert texture (d/c.v2.dds) -> /out/t/d/c.v2.dds"})},
         {"no image, plain tif, upper case", list({"a.txt", "a.tif", "a.TGA", "a.jpg", "a.texture_array"}), {}},
-        {"blend map sources", list({"x_flow.tif", "x_wear.tif", "x_deposition.tif"}), {}},
+        {"blend maps", list({"a/x_flow.tif", "b/x_deposition.tif", "b/x_wear.tif", "y_wear.tif", "z_deposition.tif"}),
+         list({"Convert texture (/out/t/a/blendmap_alpha.jpg) -> /out/t/a/blendmap_alpha.jpg < a/x_flow.tif "
+               "a/x_flow.tif a/x_flow.tif",
+               "Convert texture (/out/t/b/blendmap.jpg) -> /out/t/b/blendmap.jpg < b/x_deposition.tif b/x_wear.tif"})},
         {"a gloss source with underscore words", list({"x_spec_gloss.tga"}),
          list({"Convert texture (x_spec_gloss.tga) -> /out/t/x_spec_gloss.dds"})},
         {"gloss map clashes", list({"d/x_gloss.tga", "d/x_gloss_map.tga"}),
-         list({QString("Convert texture (x_gloss_map.tga) ! This action is clashing with the gloss map ") + clash})},
+         list({"Convert gloss map (x) -> /out/t/d/x_gloss_map.dds < d/x_gloss.tga",
+               QString("Convert texture (x_gloss_map.tga) ! This action is clashing with the gloss map ") + clash})},
         {"gloss map without gloss", list({"x_gloss_map.tga"}),
          list({"Convert texture (x_gloss_map.tga) -> /out/t/x_gloss_map.dds"})},
         {"material map clashes", list({"x_material_map.tga", "x_smoothness.tga"}),
-         list({QString("Convert texture (x_material_map.tga) ! This action is clashing with the material map ") +
-               clash})},
+         list({QString("Convert texture (x_material_map.tga) ! This action is clashing with the material map ") + clash,
+               "Convert material map (x) -> /out/t/x_material_map.dds < x_smoothness.tga"})},
         {"curvature clash needs no sibling", list({"x_curvature_translucency.tga", "x_translucency.tga"}),
          list({QString("Convert texture (x_curvature_translucency.tga) ! This action is clashing with the "
                        "curvature_translucency map ") +
@@ -75,11 +89,29 @@ TEST(action_dispatch, suffixes_and_siblings) {
         {"billboard halves", list({"a_billboard_normal.tga", "b_billboard_displacement.tga"}),
          list({"Convert billboard (a_billboard_normal.tga) ! Displacement map not found!",
                "Convert billboard (b_billboard_displacement.tga) ! Normal map not found!"})},
-        {"a whole billboard makes no error", list({"a_billboard_displacement.tga", "a_billboard_normal.tga"}), {}},
+        {"a whole billboard", list({"a_billboard_displacement.tga", "a_billboard_normal.tga"}),
+         list({"Convert billboard (a_billboard) -> /out/t/a_billboard_normal_and_displacement.dds < "
+               "a_billboard_normal.tga a_billboard_displacement.tga"})},
+        {"curvature", list({"x_curvature.tga", "x_translucency.tga"}),
+         list({"Convert curvature map (x) -> /out/t/x_curvature_translucency.dds < x_curvature.tga "
+               "x_translucency.tga"})},
         {"faction mask taken by gloss", list({"x_factionmask.tga", "x_gloss.tga", "y_factionmask.tga"}),
-         list({"Convert texture (y_factionmask.tga) -> /out/t/y_factionmask.dds"})},
-        {"numbered masks are no textures of their own", list({"a_mask1.tga", "a_mask3.tga", "a_mask5.tga"}),
-         list({"Convert texture (a_mask5.tga) -> /out/t/a_mask5.dds"})},
+         list({"Convert gloss map (x) -> /out/t/x_gloss_map.dds < x_gloss.tga x_factionmask.tga",
+               "Convert texture (y_factionmask.tga) -> /out/t/y_factionmask.dds"})},
+        {"a material map leaves the faction mask its texture",
+         list({"x_factionmask.tga", "x_metalness.tga", "x_smoothness.tga"}),
+         list({"Convert texture (x_factionmask.tga) -> /out/t/x_factionmask.dds",
+               "Convert texture (x_metalness.tga) -> /out/t/x_metalness.dds",
+               "Convert material map (x) -> /out/t/x_material_map.dds < x_smoothness.tga x_metalness.tga "
+               "x_factionmask.tga"})},
+        {"one action for the masks of a stem", list({"a_mask3.tga", "a_mask1.tga", "b_mask4.tga", "a_mask5.tga"}),
+         list({"Convert mask texture (a) -> /out/t/a_mask.dds < a_mask1.tga a_mask3.tga",
+               "Convert mask texture (b) -> /out/t/b_mask.dds < b_mask1.tga b_mask4.tga",
+               "Convert texture (a_mask5.tga) -> /out/t/a_mask5.dds"})},
+        {"colour masks", list({"a_colormask.tga", "a_colormask3.tga"}),
+         list({"Convert mask texture (a) -> /out/t/a_colour_mask.dds < a_colormask.tga a_colormask3.tga "
+               "a_colormask3.tga",
+               "Convert texture (a_colormask3.tga) -> /out/t/a_colormask3.dds"})},
     };
     for (CASE const& c : cases)
         EXPECT_EQ(dispatched(c.files, rules), c.expected) << c.what;
@@ -107,7 +139,11 @@ TEST(action_dispatch, which_rule_is_active) {
          no_target},
         {"place holders", TEST_RULES().add("", "Texture", {{"TargetPath", "/x//{dir}/{name}/"}}),
          list({"Convert texture (d/a.tga) -> /out//x/d/a/a.dds"})},
-        {"another format is no DDS", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "PNG"}}), {}},
+        {"another format", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "PNG"}}),
+         list({"Convert texture (d/a.tga) -> /out/t/a.png"})},
+        {"another format by the old rule", TEST_RULES().add("", "TextureOld", {{"TargetPath", "t"}, {"Format", "jpg"}}),
+         list({"Convert texture (d/a.tga) -> /out/t/a.jpg"})},
+        {"the old rule alone", TEST_RULES().add("", "TextureOld", {{"TargetPath", "t"}}), converted},
         {"DDS in capitals", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "DDS"}}), converted},
         {"alpha-blend pair",
          TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"ExportExtraAlphaBlendTexture", true}}),
@@ -141,6 +177,72 @@ TEST(action_dispatch, rows_that_come_before_others) {
     EXPECT_EQ(dispatched(list({"a.tif", "a.texture_array", "a.txt"}), atlas_too), list({atlas}));
     EXPECT_EQ(dispatched(list({"a_billboard_normal.tga"}), atlas_too),
               list({"Convert billboard (a_billboard_normal.tga) ! Displacement map not found!", atlas}));
+}
+
+TEST(action_dispatch, rules_pick_the_class_of_packed_maps) {
+    QStringList const files =
+        list({"a_mask2.tga", "b_colormask.tga", "c_colormask4.tga", "d_gloss.tga", "d_level.tga", "e_smoothness.tga"});
+    TEST_RULES old_rule;
+    old_rule.add("", "TextureOld", {{"TargetPath", "t"}});
+    QStringList const older = list({
+        "Convert colormask (a) -> /out/t/a_mask.dds < a_mask1.tga a_mask2.tga",
+        "Convert colormask (b) -> /out/t/b_colour_mask.dds < b_colormask.tga",
+        "Convert texture (c_colormask4.tga) -> /out/t/c_colormask4.dds",
+        "Convert gloss map (d) -> /out/t/d_gloss_map.dds < d_gloss.tga d_level.tga",
+        "Convert texture (d_level.tga) -> /out/t/d_level.dds",
+        "Create material map (e) -> /out/t/e_material_map.dds < e_smoothness.tga",
+    });
+    EXPECT_EQ(dispatched(files, old_rule), older);
+    EXPECT_EQ(dispatched(list({"x_factionmask.tga", "x_gloss.tga"}), old_rule),
+              list({"Convert gloss map (x) -> /out/t/x_gloss_map.dds < x_gloss.tga x_factionmask.tga"}));
+    // A texture rule that does not say where still picks the newer classes.
+    QStringList const newer = list({
+        "Convert mask texture (a) -> /out/t/a_mask.dds < a_mask1.tga a_mask2.tga",
+        "Convert mask texture (b) -> /out/t/b_colour_mask.dds < b_colormask.tga",
+        "Convert texture (c_colormask4.tga) -> /out/t/c_colormask4.dds",
+        "Convert gloss map (d) -> /out/t/d_gloss_map.dds < d_gloss.tga",
+        "Convert texture (d_level.tga) -> /out/t/d_level.dds",
+        "Convert material map (e) -> /out/t/e_material_map.dds < e_smoothness.tga",
+    });
+    EXPECT_EQ(dispatched(files, old_rule.add("", "Texture", {{"Mipmaps", false}})), newer);
+    // Blend maps come before the format is looked at, packed maps after.
+    TEST_RULES png;
+    png.add("", "Texture", {{"TargetPath", "t"}, {"Format", "png"}});
+    EXPECT_EQ(
+        dispatched(list({"x_curvature.tga", "x_flow.tif", "x_gloss.tga", "x_mask1.tga", "x_n.tif"}), png),
+        list({"Convert texture (x_curvature.tga) -> /out/t/x_curvature.png",
+              "Convert texture (/out/t/blendmap_alpha.jpg) -> /out/t/blendmap_alpha.jpg < x_flow.tif x_flow.tif "
+              "x_flow.tif",
+              "Convert texture (x_gloss.tga) -> /out/t/x_gloss.png",
+              "Convert texture (x_mask1.tga) -> /out/t/x_mask1.png", "Convert texture (x_n.tif) -> /out/t/x_n.png"}));
+}
+
+/// The old rule's word on DXT1 shows in the texture: an opaque source stays DXT5 where it is forbidden.
+TEST(action_dispatch, the_old_rule_may_forbid_dxt1) {
+    struct CASE {
+        QVariant forbid;
+        char const* four_cc;
+    };
+    CASE const cases[] = {{{}, "DXT1"},     {"false", "DXT1"}, {"yes", "DXT1"}, {0, "DXT1"},
+                          {"TRUE", "DXT5"}, {true, "DXT5"},    {1, "DXT5"},     {"1", "DXT5"}};
+    TEST_FOLDER const folder;
+    PHYSICAL_PATH const source(folder.write("raw/a.tga", tga(4, 4, [](int, int) { return std::array{1, 2, 3, 255}; })));
+    PATHS::set_roots(PHYSICAL_PATH(folder.path("raw")), PHYSICAL_PATH(folder.path("out")));
+    FILE_ENTRY entry{source, {}};
+    FILE_MAP files;
+    files.insert(LOGICAL_PATH(QStringLiteral("<raw>/a.tga")), &entry);
+    for (CASE const& c : cases) {
+        TEST_RULES rules;
+        rules.add("", "TextureOld", {{"TargetPath", "t"}, {"ForbidDXT1", c.forbid}});
+        TEXTURE_PROCESSOR processor;
+        auto const actions = processor.create_actions(files, rules);
+        ASSERT_EQ(actions.size(), 1);
+        std::unique_ptr<ACTION_INTERFACE> const action(actions.front());
+        ASSERT_EQ(action->run(files, rules), ACTION_INTERFACE::STATUS_SUCCEEDED);
+        QFile target(folder.path("out/t/a.dds"));
+        ASSERT_TRUE(target.open(QIODevice::ReadOnly));
+        EXPECT_EQ(target.readAll().mid(84, 4), c.four_cc) << c.forbid.toString().toStdString();
+    }
 }
 
 TEST(suffixed_working_path, keeps_place_and_extension) {

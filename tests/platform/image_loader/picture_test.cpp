@@ -154,7 +154,7 @@ TEST(png, is_written_whole_or_not_at_all) {
     EXPECT_FALSE(std::filesystem::exists(file.path().string() + ".part"));
 
     EXPECT_FALSE(write_png("/no/such/folder/a.png", picture, cause));
-    EXPECT_EQ(cause, "the file cannot be written");
+    EXPECT_EQ(cause, "the file cannot be written: No such file or directory");
     EXPECT_FALSE(write_png(file.path(), PICTURE{2, 2, {1}}, cause));
     EXPECT_EQ(cause, "the picture is empty");
     EXPECT_TRUE(load_picture(file.path(), 0, 0, cause));

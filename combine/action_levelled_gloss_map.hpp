@@ -1,0 +1,13 @@
+// The gloss map of sources that only the old rule governs: gloss in red, its level in green, the faction mask in blue.
+// The tool-data builder library does the work.
+#pragma once
+
+#include "combine/stem_action.hpp"
+
+class ACTION_LEVELLED_GLOSS_MAP : public STEM_ACTION {
+public:
+    ACTION_LEVELLED_GLOSS_MAP(PHYSICAL_PATH const& stem, PROCESSOR_INTERFACE& processor);
+
+protected:
+    bool make_target(FILE_MAP const& files, RULE_CACHE const& rules) override;
+};

@@ -1,0 +1,98 @@
+#include "dds/action_freeimage.hpp"
+
+#include "dds/conversion_name.hpp"
+#include "dds/freeimage_messages.hpp"
+#include "platform/dds_container/dds_container.hpp"
+#include "platform/image_loader/quiet_tiff.hpp"
+
+#include <QFile>
+
+#include <FreeImage.h>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace {
+
+constexpr int progress_maximum = 1000;
+constexpr unsigned jpeg_bits_per_texel = 24;
+
+class LINES_OF_ACTION final : public OUTPUT_LINE_SINK {
+public:
+    explicit LINES_OF_ACTION(ACTION_FREEIMAGE& action) : action_(action) {}
+    void add_output_line(QString line) override { action_.freeimage_output(line); }
+
+private:
+    ACTION_FREEIMAGE& action_;
+};
+
+struct BITMAP_UNLOAD {
+    void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
+};
+using BITMAP = std::unique_ptr<FIBITMAP, BITMAP_UNLOAD>;
+
+bool has_acceptable_sides(FIBITMAP* bitmap) {
+    std::uint64_t const width = FreeImage_GetWidth(bitmap);
+    std::uint64_t const height = FreeImage_GetHeight(bitmap);
+    return std::max(width, height) <= dds_container::largest_side &&
+           width * height <= dds_container::most_texels_per_surface;
+}
+
+/// The header is looked at first where the format allows it: a few bytes must not ask for all memory.
+BITMAP load(FREE_IMAGE_FORMAT format, QByteArray const& path) {
+    if (FreeImage_FIFSupportsNoPixels(format)) {
+        BITMAP const header(FreeImage_Load(format, path.constData(), FIF_LOAD_NOPIXELS));
+        if (!header || !has_acceptable_sides(header.get()))
+            return nullptr;
+    }
+    return BITMAP(FreeImage_Load(format, path.constData(), 0));
+}
+
+}  // namespace
+
+ACTION_FREEIMAGE::ACTION_FREEIMAGE(PHYSICAL_PATH const& source, QString format, PROCESSOR_INTERFACE& processor)
+    : ACTION_CONVERT(source, processor),
+      format_(std::move(format)) {
+    set_progress_max(progress_maximum);
+    set_target_extension(QLatin1Char('.') + format_);
+}
+
+QString ACTION_FREEIMAGE::get_name(bool detailed) {
+    return conversion_name(logical_source(), detailed);
+}
+
+bool ACTION_FREEIMAGE::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const&,
+                               FILE_MAP const&) {
+    IMAGE_LOADER::keep_tiff_quiet();
+    LINES_OF_ACTION lines(*this);
+    FREEIMAGE_MESSAGES const messages(lines);
+    QByteArray const source_path = QFile::encodeName(source);
+    FREE_IMAGE_FORMAT const source_format = FreeImage_GetFIFFromFilename(source_path.constData());
+    if (source_format == FIF_UNKNOWN) {
+        add_output_line(QStringLiteral("Unknown image file format: ") + source);
+        return false;
+    }
+    QByteArray const sample_name = "a." + QFile::encodeName(format_);
+    FREE_IMAGE_FORMAT const target_format = FreeImage_GetFIFFromFilename(sample_name.constData());
+    if (target_format == FIF_UNKNOWN) {
+        add_output_line(QStringLiteral("Unknown image file format: ") + format_);
+        return false;
+    }
+    BITMAP bitmap = load(source_format, source_path);
+    if (!bitmap) {
+        add_output_line(QStringLiteral("Failed to load ") + source);
+        return false;
+    }
+    if (target_format == FIF_JPEG && FreeImage_GetBPP(bitmap.get()) != jpeg_bits_per_texel)
+        bitmap.reset(FreeImage_ConvertTo24Bits(bitmap.get()));
+    if (!bitmap || !FreeImage_Save(target_format, bitmap.get(), QFile::encodeName(target).constData(), 0)) {
+        add_output_line(QStringLiteral("Failed to save ") + target);
+        return false;
+    }
+    return true;
+}
+
+void ACTION_FREEIMAGE::freeimage_output(QString const& message) {
+    add_output_line(message);
+}

@@ -1,0 +1,15 @@
+// FreeImage tells its users about problems through one function for the whole process. While an object of this class
+// exists, that function gives what it is told to one sink.
+#pragma once
+
+#include "dds/output_line_sink.hpp"
+
+class FREEIMAGE_MESSAGES {
+public:
+    /// Every message becomes one line. Only one object may exist at a time: of two, both would give their messages to
+    /// the later one's sink.
+    explicit FREEIMAGE_MESSAGES(OUTPUT_LINE_SINK& sink);
+    FREEIMAGE_MESSAGES(FREEIMAGE_MESSAGES const&) = delete;
+    FREEIMAGE_MESSAGES& operator=(FREEIMAGE_MESSAGES const&) = delete;
+    ~FREEIMAGE_MESSAGES();
+};

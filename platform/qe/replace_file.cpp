@@ -1,0 +1,40 @@
+#include "platform/qe/replace_file.hpp"
+
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+namespace QE {
+
+namespace {
+
+bool write_whole(std::filesystem::path const& path, std::span<std::uint8_t const> bytes, std::string& cause) {
+    errno = 0;
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(reinterpret_cast<char const*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (file) {
+        return true;
+    }
+    cause = errno != 0 ? std::generic_category().message(errno) : "the file cannot be written";
+    return false;
+}
+
+}  // namespace
+
+bool replace_file(std::filesystem::path const& target, std::span<std::uint8_t const> bytes, std::string& cause) {
+    std::filesystem::path unfinished = target;
+    unfinished += ".part";
+    std::error_code error;
+    if (write_whole(unfinished, bytes, cause)) {
+        std::filesystem::rename(unfinished, target, error);
+        if (!error) {
+            return true;
+        }
+        cause = error.message();
+    }
+    std::filesystem::remove(unfinished, error);
+    return false;
+}
+
+}  // namespace QE

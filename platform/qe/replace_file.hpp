@@ -1,0 +1,16 @@
+// A file that is written is whole or not there at all: a reader, or a build that goes on after a crash, must never find
+// half a texture under the name of a whole one.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+
+namespace QE {
+
+/// Writes the bytes to a file of its own beside `target`, named "<target>.part", which then takes the place of
+/// `target`. False on failure: `cause` says why, `target` is as it was, and nothing is left beside it.
+bool replace_file(std::filesystem::path const& target, std::span<std::uint8_t const> bytes, std::string& cause);
+
+}  // namespace QE

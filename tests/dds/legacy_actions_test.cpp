@@ -1,0 +1,152 @@
+// The two older actions, with real files: TGA to DDS through the tool-data library, and any image to any other through
+// FreeImage.
+#include "dds/action_dds.hpp"
+#include "dds/action_freeimage.hpp"
+#include "platform/dds_container/dds_container.hpp"
+#include "platform/image_loader/load_image_file.hpp"
+#include "platform/image_loader/load_with_freeimage.hpp"
+#include "processor/host/paths.hpp"
+#include "tests/host/framework/test_folder.hpp"
+#include "tests/support/no_processor.hpp"
+#include "tests/support/test_rules.hpp"
+#include "tests/support/test_tga.hpp"
+
+#include <FreeImage.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+class LEGACY_ACTIONS : public testing::Test {
+protected:
+    LEGACY_ACTIONS() {
+        QDir().mkpath(folder.path("raw"));
+        PATHS::set_roots(PHYSICAL_PATH(folder.path("raw")), PHYSICAL_PATH(folder.path("out")));
+    }
+
+    /// The status; the lines stand in `lines`, the target's path in `target`.
+    int run(ACTION_CONVERT& action) {
+        target = action.get_target();
+        int const status = action.run({}, TEST_RULES());
+        lines = action.output_lines().join('|').replace(folder.path() + '/', "");
+        return status;
+    }
+
+    QByteArray contents(QString const& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+    }
+
+    TEST_FOLDER folder;
+    NO_PROCESSOR processor;
+    QString target;
+    QString lines;
+};
+
+QByteArray tga_with_alpha(int alpha) {
+    return tga(8, 8, [=](int x, int y) { return std::array{x * 30, y * 30, 200, alpha}; });
+}
+
+TEST_F(LEGACY_ACTIONS, dds_by_alpha_and_by_ban) {
+    struct CASE {
+        int alpha;
+        bool forbid_dxt1;
+        char const* four_cc;
+    };
+    for (CASE const& c : {CASE{255, false, "DXT1"}, CASE{255, true, "DXT5"}, CASE{100, false, "DXT5"}}) {
+        PHYSICAL_PATH const source(folder.write("raw/d/a.tga", tga_with_alpha(c.alpha)));
+        QString const work_file = folder.write("raw/d/a.dds", "earlier");
+        ACTION_DDS action(source, processor, c.forbid_dxt1);
+        ACTION_DDS copy(action);
+        EXPECT_EQ(run(copy), ACTION_INTERFACE::STATUS_SUCCEEDED) << lines.toStdString();
+        EXPECT_EQ(target, folder.path("out/d/a.dds"));
+        EXPECT_EQ(copy.get_name(true), "Convert texture (d/a.tga)");
+        EXPECT_FALSE(QFile::exists(work_file));
+        std::string cause;
+        auto const bytes = IMAGE_LOADER::read_whole_file(target.toStdString(), cause);
+        ASSERT_TRUE(bytes) << cause;
+        auto const description = dds_container::read_dds(*bytes, cause);
+        ASSERT_TRUE(description) << cause;
+        EXPECT_EQ(description->four_cc, c.four_cc);
+        EXPECT_EQ(description->mip_count, 4U);
+    }
+}
+
+TEST_F(LEGACY_ACTIONS, dds_failure_leaves_neither_work_file_nor_target) {
+    for (char const* const name : {"raw/broken.tga", "raw/none.tga"}) {
+        if (QLatin1String(name) == "raw/broken.tga")
+            folder.write(name, "no image");
+        ACTION_DDS action(PHYSICAL_PATH(folder.path(name)), processor, false);
+        QString const work_file = folder.write(QString(name).replace(".tga", ".dds"), "earlier");
+        folder.write("out/" + QString(name).section('/', 1).replace(".tga", ".dds"), "earlier");
+        EXPECT_EQ(run(action), ACTION_INTERFACE::STATUS_FAILED);
+        EXPECT_TRUE(lines.contains(name)) << lines.toStdString();
+        EXPECT_FALSE(QFile::exists(work_file)) << name;
+        EXPECT_FALSE(QFile::exists(target)) << name;
+    }
+}
+
+TEST_F(LEGACY_ACTIONS, freeimage_converts) {
+    struct CASE {
+        char const* format;
+        QByteArray magic;
+        unsigned bits;
+    };
+    PHYSICAL_PATH const source(folder.write("raw/d/a.tga", tga_with_alpha(100)));
+    for (CASE const& c : {CASE{"jpg", QByteArray::fromHex("ffd8ff"), 24}, CASE{"png", "\x89PNG", 32},
+                          CASE{"bmp", "BM", 32}, CASE{"tga", QByteArray::fromHex("000002"), 32}}) {
+        ACTION_FREEIMAGE action(source, c.format, processor);
+        ACTION_FREEIMAGE copy(action);
+        EXPECT_EQ(run(copy), ACTION_INTERFACE::STATUS_SUCCEEDED) << lines.toStdString();
+        EXPECT_EQ(target, folder.path(QStringLiteral("out/d/a.") + c.format));
+        EXPECT_TRUE(contents(target).startsWith(c.magic)) << c.format;
+        QByteArray const path = QFile::encodeName(target);
+        FIBITMAP* const written = FreeImage_Load(FreeImage_GetFIFFromFilename(path), path);
+        ASSERT_NE(written, nullptr) << c.format;
+        EXPECT_EQ(FreeImage_GetBPP(written), c.bits) << c.format;
+        RGBQUAD texel = {};
+        // Row 0 is the lowest.
+        EXPECT_TRUE(FreeImage_GetPixelColor(written, 0, 0, &texel));
+        EXPECT_NEAR(texel.rgbRed, 200, 12) << c.format;
+        EXPECT_NEAR(texel.rgbGreen, 210, 12) << c.format;
+        FreeImage_Unload(written);
+    }
+}
+
+TEST_F(LEGACY_ACTIONS, freeimage_failures_leave_no_target) {
+    folder.write("raw/a.tga", tga_with_alpha(255));
+    folder.write("raw/broken.png", QByteArray::fromHex("89504e470d0a1a0a"));
+    folder.write("raw/a.xyz", tga_with_alpha(255));
+    folder.write("raw/huge.tga", QByteArray::fromHex("000002000000000000000000ffffffff2028") + "ten bytes.");
+    struct CASE {
+        char const* name;
+        char const* format;
+        char const* last_line;
+    };
+    CASE const cases[] = {
+        {"raw/a.tga", "nosuch", "Unknown image file format: nosuch"},
+        {"raw/a.xyz", "png", "Unknown image file format: raw/a.xyz"},
+        {"raw/broken.png", "jpg", "Failed to load raw/broken.png"},
+        {"raw/none.tga", "jpg", "Failed to load raw/none.tga"},
+        {"raw/huge.tga", "jpg", "Failed to load raw/huge.tga"},
+        {"raw/a.tga", "pcx", "Failed to save out/a.pcx"},
+    };
+    for (CASE const& c : cases) {
+        ACTION_FREEIMAGE action(PHYSICAL_PATH(folder.path(c.name)), c.format, processor);
+        EXPECT_EQ(run(action), ACTION_INTERFACE::STATUS_FAILED) << c.last_line;
+        EXPECT_EQ(lines.section('|', -1), c.last_line);
+        EXPECT_FALSE(QFile::exists(target)) << c.last_line;
+    }
+}
+
+TEST_F(LEGACY_ACTIONS, freeimage_messages_reach_the_action_only_while_it_runs) {
+    folder.write("raw/broken.png", QByteArray::fromHex("89504e470d0a1a0a"));
+    ACTION_FREEIMAGE action(PHYSICAL_PATH(folder.path("raw/broken.png")), "jpg", processor);
+    run(action);
+    int const told = action.output_lines().size();
+    // The library's own message, and the action's.
+    EXPECT_EQ(told, 2) << lines.toStdString();
+    FreeImage_OutputMessageProc(FIF_PNG, "for nobody");
+    EXPECT_EQ(action.output_lines().size(), told);
+}
+
+}  // namespace
