@@ -14,8 +14,8 @@ find_package(tomlplusplus 3 REQUIRED)
 
 if(ZAB_DIRECTXTEX STREQUAL "system")
   find_package(directxtex CONFIG REQUIRED)
-elseif(NOT ZAB_DIRECTXTEX STREQUAL "own")
-  message(FATAL_ERROR "ZAB_DIRECTXTEX is '${ZAB_DIRECTXTEX}', and may be own or system")
+elseif(WIN32 OR NOT ZAB_DIRECTXTEX STREQUAL "own")
+  message(FATAL_ERROR "ZAB_DIRECTXTEX is '${ZAB_DIRECTXTEX}', and may be own (not on Windows) or system")
 endif()
 
 # Last, because the set-up scripts mend a configure that fails on this one, and on no other.

@@ -3,7 +3,14 @@
 option(ZAB_TESTS "Build the tests" ON)
 option(ZAB_BENCH "Build the benchmarks" OFF)
 option(ZAB_WERROR "Warnings are errors" ON)
-set(ZAB_DIRECTXTEX "own" CACHE STRING "Where the DirectXTex interface comes from: own (platform/directxtex) or system")
+# On Windows its types are the system's own, and the library is to be had: there is no other way there.
+if(WIN32)
+  set(zab_directxtex_default system)
+else()
+  set(zab_directxtex_default own)
+endif()
+set(ZAB_DIRECTXTEX ${zab_directxtex_default} CACHE STRING
+    "Where the DirectXTex interface comes from: own (platform/directxtex) or system")
 set_property(CACHE ZAB_DIRECTXTEX PROPERTY STRINGS own system)
 set(ZAB_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them (address,undefined or thread)")
 
