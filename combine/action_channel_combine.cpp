@@ -1,7 +1,7 @@
 #include "combine/action_channel_combine.hpp"
 
-#include "dds/freeimage_messages.hpp"
 #include "combine/level_values.hpp"
+#include "dds/freeimage_messages.hpp"
 #include "platform/image_loader/quiet_tiff.hpp"
 
 #include <QDir>
