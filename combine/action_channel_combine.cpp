@@ -1,15 +1,14 @@
 #include "combine/action_channel_combine.hpp"
 
 #include "combine/level_values.hpp"
+#include "dds/freeimage_bitmap.hpp"
 #include "dds/freeimage_messages.hpp"
-#include "platform/image_loader/quiet_tiff.hpp"
 
 #include <QDir>
 #include <QFile>
 
-#include <FreeImage.h>
-
-#include <memory>
+#include <exception>
+#include <new>
 #include <span>
 
 namespace {
@@ -17,10 +16,7 @@ namespace {
 constexpr int progress_maximum = 1000;
 constexpr std::size_t alpha = 3;
 
-struct UNLOAD_BITMAP {
-    void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
-};
-using BITMAP = std::unique_ptr<FIBITMAP, UNLOAD_BITMAP>;
+using BITMAP = FREEIMAGE_BITMAP;
 using PATHS_OF_CHANNELS = std::array<LOGICAL_PATH, ACTION_CHANNEL_COMBINE::channel_count>;
 
 FREE_IMAGE_FORMAT format_of_name(QString const& path) {
@@ -57,7 +53,7 @@ public:
             if (bitmap == nullptr)
                 continue;
             // As many bytes as there are pixels, from the first one on: where rows are padded that takes padding for
-            // pixels and leaves the last ones out. Levelled maps have been so for as long as they are made.
+            // pixels and leaves the last ones out. Deliberate.
             level_values(sink_, {FreeImage_GetBits(bitmap), std::size_t{width_} * height_}, sources_[channel], rules,
                          failed_);
             if (!FreeImage_SetChannel(output.get(), bitmap, static_cast<FREE_IMAGE_COLOR_CHANNEL>(FICC_RED + channel)))
@@ -103,9 +99,7 @@ private:
             fail(QStringLiteral("Source file not found: ") + path);
             return nullptr;
         }
-        if (format == FIF_TIFF)
-            IMAGE_LOADER::keep_tiff_quiet();
-        BITMAP const loaded(FreeImage_Load(format, QFile::encodeName(entry->physical_path).constData(), 0));
+        BITMAP const loaded = load_freeimage_bitmap(format, QFile::encodeName(entry->physical_path));
         if (!loaded) {
             fail(QStringLiteral("Failed to load: ") + path);
             return nullptr;
@@ -153,35 +147,45 @@ ACTION_INTERFACE::STATUS ACTION_CHANNEL_COMBINE::run(FILE_MAP const& files, RULE
         return STATUS_FAILED;
     }
     PHYSICAL_PATH const target = get_target();
-    FREE_IMAGE_FORMAT const format = format_of_name(target);
-    if (format == FIF_UNKNOWN) {
-        add_output_line(QStringLiteral("Unknown image file format: ") + target);
+    bool combined = false;
+    try {
+        combined = combine_to(target, files, rules);
+    } catch (std::bad_alloc const&) {
+        add_output_line(QStringLiteral("Not enough memory"));
+    } catch (std::exception const& exception) {
+        add_output_line(QStringLiteral("Unexpected error: ") + QString::fromLocal8Bit(exception.what()));
+    }
+    if (!combined)
         return STATUS_FAILED;
-    }
-    {
-        FREEIMAGE_MESSAGES const messages(*this);
-        COMBINATION combination(*this, sources_);
-        combination.load(files);
-        if (format == FIF_JPEG && !sources_[alpha].is_empty())
-            combination.fail(QStringLiteral("Jpeg doesn't support alpha channel!"));
-        if (combination.failed())
-            return STATUS_FAILED;
-        BITMAP const output = combination.combine(rules);
-        if (!combination.failed()) {
-            QDir().mkpath(target.section(QLatin1Char('/'), 0, -2));
-            if (!FreeImage_Save(format, output.get(), QFile::encodeName(target).constData(), 0)) {
-                combination.fail(QStringLiteral("Failed to save: ") + target);
-                QFile::remove(target);
-            }
-        }
-        if (combination.failed())
-            return STATUS_FAILED;
-    }
     add_to_perforce(target, files, false, {});
     if (version_control_failed())
         return STATUS_FAILED;
     set_progress_value(progress_max());
     return STATUS_SUCCEEDED;
+}
+
+bool ACTION_CHANNEL_COMBINE::combine_to(PHYSICAL_PATH const& target, FILE_MAP const& files, RULE_CACHE const& rules) {
+    FREE_IMAGE_FORMAT const format = format_of_name(target);
+    if (format == FIF_UNKNOWN) {
+        add_output_line(QStringLiteral("Unknown image file format: ") + target);
+        return false;
+    }
+    FREEIMAGE_MESSAGES const messages(*this);
+    COMBINATION combination(*this, sources_);
+    combination.load(files);
+    if (format == FIF_JPEG && !sources_[alpha].is_empty())
+        combination.fail(QStringLiteral("Jpeg doesn't support alpha channel!"));
+    if (combination.failed())
+        return false;
+    BITMAP const output = combination.combine(rules);
+    if (combination.failed())
+        return false;
+    QDir().mkpath(target.section(QLatin1Char('/'), 0, -2));
+    if (!FreeImage_Save(format, output.get(), QFile::encodeName(target).constData(), 0)) {
+        combination.fail(QStringLiteral("Failed to save: ") + target);
+        QFile::remove(target);
+    }
+    return !combination.failed();
 }
 
 void ACTION_CHANNEL_COMBINE::add_output_line(QString line) {

@@ -26,5 +26,7 @@ public:
     void add_output_line(QString line) override;
 
 private:
+    bool combine_to(PHYSICAL_PATH const& target, FILE_MAP const& files, RULE_CACHE const& rules);
+
     std::array<LOGICAL_PATH, channel_count> sources_;
 };

@@ -11,8 +11,7 @@ constexpr QLatin1String action_name("Convert mask texture");
 
 }  // namespace
 
-// Of colour masks the third is listed twice and the fourth never, although it is read: hosts have come to know these
-// actions by the list.
+// Of colour masks the third is listed twice and the fourth never, although it is read: deliberate.
 ACTION_MASK::ACTION_MASK(PHYSICAL_PATH const& stem, bool numbered, PROCESSOR_INTERFACE& processor)
     : STEM_ACTION(stem, processor, action_name,
                   {{mask_suffixes(numbered)[0]},

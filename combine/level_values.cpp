@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <optional>
 
 namespace {
@@ -21,10 +22,15 @@ public:
     /// True, and `level` as it was, when the property is not set. `lowest` is 0, or −1 where that stands for "find it".
     bool read(char const* property, int lowest, int& level) {
         QVariant const& value = rule_.value(QLatin1String(property));
-        if (!value.isValid())
+        if (value.isNull())
             return true;
-        bool is_number = false;
-        qlonglong const number = value.toLongLong(&is_number);
+        // A variant would round 12.7 and take true for 1.
+        bool is_number = value.type() != QVariant::Bool && value.type() != QVariant::Double;
+        if (value.type() == QVariant::Double)
+            is_number = value.toDouble() == std::trunc(value.toDouble());
+        bool is_converted = false;
+        qlonglong const number = value.toLongLong(&is_converted);
+        is_number = is_number && is_converted;
         if (!is_number)
             return refuse(property, " is not a number!");
         if (number < lowest || number > 255)

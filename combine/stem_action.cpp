@@ -39,6 +39,8 @@ STEM_ACTION::STEM_ACTION(PHYSICAL_PATH const& stem, PROCESSOR_INTERFACE& process
     : ACTION_CONVERT(stem, processor),
       name_(name),
       sources_(std::move(sources)) {
+    // A stem is a base name as a whole, also where it ends like an image file.
+    set_target_base_name(stem.section(QLatin1Char('/'), -1));
 }
 
 QString STEM_ACTION::get_name(bool detailed) {
@@ -72,6 +74,9 @@ ACTION_INTERFACE::STATUS STEM_ACTION::run(FILE_MAP const& files, RULE_CACHE cons
                             : QStringLiteral("Unexpected error: %1").arg(QString::fromLocal8Bit(exception.what())));
         if (!(FILE_STATE(target) == before))
             QFile::remove(target);
+        return STATUS_FAILED;
+    } catch (...) {
+        add_output_line(QStringLiteral("Unexpected error"));
         return STATUS_FAILED;
     }
     if (!QFile::exists(target)) {

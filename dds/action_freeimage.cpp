@@ -1,16 +1,11 @@
 #include "dds/action_freeimage.hpp"
 
 #include "dds/conversion_name.hpp"
+#include "dds/freeimage_bitmap.hpp"
 #include "dds/freeimage_messages.hpp"
-#include "platform/dds_container/dds_container.hpp"
-#include "platform/image_loader/quiet_tiff.hpp"
 
 #include <QFile>
 
-#include <FreeImage.h>
-
-#include <algorithm>
-#include <memory>
 #include <utility>
 
 namespace {
@@ -27,28 +22,6 @@ private:
     ACTION_FREEIMAGE& action_;
 };
 
-struct BITMAP_UNLOAD {
-    void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
-};
-using BITMAP = std::unique_ptr<FIBITMAP, BITMAP_UNLOAD>;
-
-bool has_acceptable_sides(FIBITMAP* bitmap) {
-    std::uint64_t const width = FreeImage_GetWidth(bitmap);
-    std::uint64_t const height = FreeImage_GetHeight(bitmap);
-    return std::max(width, height) <= dds_container::largest_side &&
-           width * height <= dds_container::most_texels_per_surface;
-}
-
-/// The header is looked at first where the format allows it: a few bytes must not ask for all memory.
-BITMAP load(FREE_IMAGE_FORMAT format, QByteArray const& path) {
-    if (FreeImage_FIFSupportsNoPixels(format)) {
-        BITMAP const header(FreeImage_Load(format, path.constData(), FIF_LOAD_NOPIXELS));
-        if (!header || !has_acceptable_sides(header.get()))
-            return nullptr;
-    }
-    return BITMAP(FreeImage_Load(format, path.constData(), 0));
-}
-
 }  // namespace
 
 ACTION_FREEIMAGE::ACTION_FREEIMAGE(PHYSICAL_PATH const& source, QString format, PROCESSOR_INTERFACE& processor)
@@ -64,7 +37,6 @@ QString ACTION_FREEIMAGE::get_name(bool detailed) {
 
 bool ACTION_FREEIMAGE::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const&,
                                FILE_MAP const&) {
-    IMAGE_LOADER::keep_tiff_quiet();
     LINES_OF_ACTION lines(*this);
     FREEIMAGE_MESSAGES const messages(lines);
     QByteArray const source_path = QFile::encodeName(source);
@@ -79,7 +51,7 @@ bool ACTION_FREEIMAGE::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const&
         add_output_line(QStringLiteral("Unknown image file format: ") + format_);
         return false;
     }
-    BITMAP bitmap = load(source_format, source_path);
+    FREEIMAGE_BITMAP bitmap = load_freeimage_bitmap(source_format, source_path);
     if (!bitmap) {
         add_output_line(QStringLiteral("Failed to load ") + source);
         return false;

@@ -58,8 +58,8 @@ TEST_F(ACTION_CHANNEL_COMBINE_RUN, name_and_sources) {
 }
 
 TEST_F(ACTION_CHANNEL_COMBINE_RUN, levels_each_source_over_its_padding) {
-    // Three wide: each row of the bitmap has a byte of padding, and the last three of nine pixels' bytes are not
-    // reached.
+    // Three wide: each row of the bitmap has a byte of padding, so the nine bytes from the first on are two rows with
+    // their padding and one pixel of the last row.
     write("a.tga", tga(3, 3, [](int, int) { return std::array{40, 40, 40, 255}; }));
     write("b.tga", flat({40, 40, 40, 255}, 3, 3));
     rules.add("a.tga", "TextureLevelling", {{"InputMax", 40}});
@@ -75,6 +75,14 @@ TEST_F(ACTION_CHANNEL_COMBINE_RUN, failures) {
     write("big.tga", flat({1, 1, 1, 255}, 8, 9));
     write("a.xyz", "?");
     rules.add("a.tga", "TextureLevelling", {{"OutputMin", "low"}});
+    write("fraction.tga", flat({1, 1, 1, 255}));
+    rules.add("fraction.tga", "TextureLevelling", {{"InputMin", 1.0}, {"InputMax", 128.7}});
+    // Announces 25,000 texels a side and holds none: one strip of one byte.
+    write("vast.tif", QByteArray::fromHex("49492a0008000000 0800"
+                                          "00010400 01000000 a8610000  01010400 01000000 a8610000"
+                                          "02010300 01000000 08000000  03010300 01000000 01000000"
+                                          "06010300 01000000 01000000  11010400 01000000 07000000"
+                                          "16010400 01000000 a8610000  17010400 01000000 01000000 00000000"));
     struct CASE {
         char const* target;
         std::initializer_list<char const*> sources;
@@ -90,6 +98,8 @@ TEST_F(ACTION_CHANNEL_COMBINE_RUN, failures) {
          "Source are of different size!|Source are of different size!"},
         {"t.jpg", {"a.tga", "", "", "big.tga"}, "Source are of different size!|Jpeg doesn't support alpha channel!"},
         {"t.jpg", {"a.tga", "a.tga", "a.tga", "a.tga"}, "Jpeg doesn't support alpha channel!"},
+        {"t.png", {"vast.tif"}, "Failed to load: <raw>/vast.tif"},
+        {"t.png", {"fraction.tga"}, "Error in TextureLevelling rule: InputMax is not a number!"},
         {"t.png",
          {"a.tga", "a.tga"},
          "Error in TextureLevelling rule: OutputMin is not a number!|Error in TextureLevelling rule: OutputMin is not "

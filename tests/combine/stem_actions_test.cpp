@@ -86,6 +86,23 @@ TEST_F(STEM_ACTIONS, names_targets_and_sources) {
     EXPECT_EQ(ACTION_COLOUR_MASK(stem("x"), false, processor).progress_max(), 1000);
 }
 
+TEST_F(STEM_ACTIONS, billboards_take_fixed_settings) {
+    // No rule says anything: always DXT5 with mip levels, by the compressor that is given none to choose.
+    rules = TEST_RULES();
+    write("x_normal.tga", flat({200, 120, 40, 99}, 8, 8));
+    write_grey("x_displacement.tga", 70);
+    for (int const alpha : {70, 255}) {
+        ACTION_BILLBOARD action(stem("x"), processor);
+        EXPECT_EQ(run(action), succeeded) << lines.toStdString();
+        EXPECT_EQ(lines, "Done.");
+        EXPECT_EQ(four_cc(), "DXT5");
+        EXPECT_EQ(shown()[3], alpha);
+        QFile::remove(folder.path("raw/x_displacement.tga"));
+    }
+    EXPECT_EQ(ACTION_BILLBOARD(stem("x.tga"), processor).get_target().text(),
+              folder.path("out/x.tga_normal_and_displacement.dds"));
+}
+
 TEST_F(STEM_ACTIONS, three_source_maps) {
     write_grey("x_curvature.tga", 10);
     write_grey("x_translucency.tga", 20);

@@ -1,0 +1,29 @@
+#include "dds/freeimage_bitmap.hpp"
+
+#include "platform/dds_container/dds_container.hpp"
+#include "platform/image_loader/quiet_tiff.hpp"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace {
+
+bool has_acceptable_sides(FIBITMAP* bitmap) {
+    std::uint64_t const width = FreeImage_GetWidth(bitmap);
+    std::uint64_t const height = FreeImage_GetHeight(bitmap);
+    return std::max(width, height) <= dds_container::largest_side &&
+           width * height <= dds_container::most_texels_per_surface;
+}
+
+}  // namespace
+
+FREEIMAGE_BITMAP load_freeimage_bitmap(FREE_IMAGE_FORMAT format, QByteArray const& path) {
+    if (format == FIF_TIFF)
+        IMAGE_LOADER::keep_tiff_quiet();
+    if (FreeImage_FIFSupportsNoPixels(format)) {
+        FREEIMAGE_BITMAP const header(FreeImage_Load(format, path.constData(), FIF_LOAD_NOPIXELS));
+        if (!header || !has_acceptable_sides(header.get()))
+            return nullptr;
+    }
+    return FREEIMAGE_BITMAP(FreeImage_Load(format, path.constData(), 0));
+}
