@@ -181,10 +181,8 @@ bool ACTION_CHANNEL_COMBINE::combine_to(PHYSICAL_PATH const& target, FILE_MAP co
     if (combination.failed())
         return false;
     QDir().mkpath(target.section(QLatin1Char('/'), 0, -2));
-    if (!FreeImage_Save(format, output.get(), QFile::encodeName(target).constData(), 0)) {
+    if (!save_freeimage_bitmap(format, output.get(), QFile::encodeName(target)))
         combination.fail(QStringLiteral("Failed to save: ") + target);
-        QFile::remove(target);
-    }
     return !combination.failed();
 }
 

@@ -2,13 +2,33 @@
 
 #include "dds/conversion_name.hpp"
 #include "dds/tool_data_library.hpp"
+#include "platform/image_loader/load_image_file.hpp"
+#include "platform/qe/replace_file.hpp"
 #include "platform/tool_data_builder/texture_compressor.hpp"
 
 #include <QFile>
 
+#include <filesystem>
+#include <string>
+#include <system_error>
+
 namespace {
 
 constexpr int progress_maximum = 1000;
+
+/// Takes the place of `target`, also on another file system, and there whole or not at all: a plain copy does not
+/// notice a disk that is full. A file that could not be moved away stays.
+bool move_file(QString const& file, QString const& target) {
+    std::filesystem::path const from = QFile::encodeName(file).toStdString();
+    std::filesystem::path const to = QFile::encodeName(target).toStdString();
+    std::error_code error;
+    std::filesystem::rename(from, to, error);
+    if (error != std::errc::cross_device_link)
+        return !error;
+    std::string cause;
+    auto const bytes = IMAGE_LOADER::read_whole_file(from, cause);
+    return bytes && QE::replace_file(to, *bytes, cause);
+}
 
 }  // namespace
 
@@ -31,7 +51,7 @@ bool ACTION_DDS::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& targe
     bool converted = compressor.process_tga(QE::UniString(), nullptr, wide(source), false, true, forbid_dxt1_);
     if (converted) {
         QFile::remove(target);
-        converted = QFile::rename(work_file, target);
+        converted = move_file(work_file, target);
     }
     QFile::remove(work_file);
     return converted;

@@ -58,7 +58,7 @@ bool ACTION_FREEIMAGE::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const&
     }
     if (target_format == FIF_JPEG && FreeImage_GetBPP(bitmap.get()) != jpeg_bits_per_texel)
         bitmap.reset(FreeImage_ConvertTo24Bits(bitmap.get()));
-    if (!bitmap || !FreeImage_Save(target_format, bitmap.get(), QFile::encodeName(target).constData(), 0)) {
+    if (!save_freeimage_bitmap(target_format, bitmap.get(), QFile::encodeName(target))) {
         add_output_line(QStringLiteral("Failed to save ") + target);
         return false;
     }

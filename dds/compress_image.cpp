@@ -81,7 +81,7 @@ bool compress_image(OUTPUT_LINE_SINK& sink, TEXTURE_RULES const& rules, bool is_
     settings.mip_filter = rules.mip_filter;
     settings.fastest_quality = rules.fastest_quality;
     settings.l8_name = format->l8_name;
-    // Only the nvidia back-end takes ready levels; the ATI one always makes its own.
+    // The ATI back-end has no use for ready levels of a single-level image: it makes them itself.
     if (rules.compressor == COMPRESSOR_TYPE::ATI)
         return compress_with_ati(sink, target, settings, working);
     return compress_with_nvtt(sink, target, settings, working, chain);

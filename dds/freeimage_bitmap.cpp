@@ -2,9 +2,11 @@
 
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/image_loader/quiet_tiff.hpp"
+#include "platform/qe/replace_file.hpp"
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
 
 namespace {
 
@@ -26,4 +28,18 @@ FREEIMAGE_BITMAP load_freeimage_bitmap(FREE_IMAGE_FORMAT format, QByteArray cons
             return nullptr;
     }
     return FREEIMAGE_BITMAP(FreeImage_Load(format, path.constData(), 0));
+}
+
+bool save_freeimage_bitmap(FREE_IMAGE_FORMAT format, FIBITMAP* bitmap, QByteArray const& path) {
+    struct CLOSE_MEMORY {
+        void operator()(FIMEMORY* memory) const { FreeImage_CloseMemory(memory); }
+    };
+    std::unique_ptr<FIMEMORY, CLOSE_MEMORY> const memory(FreeImage_OpenMemory());
+    if (bitmap == nullptr || !memory || !FreeImage_SaveToMemory(format, bitmap, memory.get(), 0))
+        return false;
+    BYTE* bytes = nullptr;
+    DWORD count = 0;
+    std::string cause;
+    return FreeImage_AcquireMemory(memory.get(), &bytes, &count) &&
+           QE::replace_file(path.toStdString(), {bytes, count}, cause);
 }

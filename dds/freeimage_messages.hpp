@@ -6,10 +6,12 @@
 
 class FREEIMAGE_MESSAGES {
 public:
-    /// Every message becomes one line. Only one object may exist at a time: of two, both would give their messages to
-    /// the later one's sink.
+    /// Every message becomes one line. Of two objects at a time both give their messages to the later one's sink.
     explicit FREEIMAGE_MESSAGES(OUTPUT_LINE_SINK& sink);
     FREEIMAGE_MESSAGES(FREEIMAGE_MESSAGES const&) = delete;
     FREEIMAGE_MESSAGES& operator=(FREEIMAGE_MESSAGES const&) = delete;
     ~FREEIMAGE_MESSAGES();
+
+private:
+    OUTPUT_LINE_SINK& sink_;
 };

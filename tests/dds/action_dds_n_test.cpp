@@ -4,16 +4,14 @@
 #include "platform/image_loader/picture.hpp"
 #include "processor/host/paths.hpp"
 #include "tests/host/framework/test_folder.hpp"
+#include "tests/support/full_disk.hpp"
 #include "tests/support/no_processor.hpp"
 #include "tests/support/test_rules.hpp"
 #include "tests/support/test_tga.hpp"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <set>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -217,18 +215,13 @@ TEST_F(ACTION_DDS_N_RUN, opacity_is_judged_before_channels_move) {
 }
 
 TEST_F(ACTION_DDS_N_RUN, a_file_that_cannot_be_written_whole_is_a_failure) {
-    // What a full disk does: writes beyond a point do not arrive.
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit const tight{4096, before.rlim_max};
-    std::signal(SIGXFSZ, SIG_IGN);
-    QByteArray const source = plain_tga(64, 64);
-    PHYSICAL_PATH const path(folder.path("raw/a.tga"));
-    folder.write("raw/a.tga", source);
-    ACTION_DDS_N action(path, processor);
-    setrlimit(RLIMIT_FSIZE, &tight);
-    int const status = run(action, TEST_RULES().add("", "Texture", {{"CompressionFormat", "rgba"}}));
-    setrlimit(RLIMIT_FSIZE, &before);
+    folder.write("raw/a.tga", plain_tga(64, 64));
+    ACTION_DDS_N action(PHYSICAL_PATH(folder.path("raw/a.tga")), processor);
+    int status = 0;
+    {
+        FULL_DISK const disk(4096);
+        status = run(action, TEST_RULES().add("", "Texture", {{"CompressionFormat", "rgba"}}));
+    }
     EXPECT_EQ(status, ACTION_INTERFACE::STATUS_FAILED);
     EXPECT_EQ(lines, "File Writing Error");
     EXPECT_FALSE(QFile::exists(action.get_target()));

@@ -7,6 +7,7 @@
 #include "platform/image_loader/load_with_freeimage.hpp"
 #include "processor/host/paths.hpp"
 #include "tests/host/framework/test_folder.hpp"
+#include "tests/support/full_disk.hpp"
 #include "tests/support/no_processor.hpp"
 #include "tests/support/test_rules.hpp"
 #include "tests/support/test_tga.hpp"
@@ -136,6 +137,28 @@ TEST_F(LEGACY_ACTIONS, freeimage_failures_leave_no_target) {
         EXPECT_EQ(lines.section('|', -1), c.last_line);
         EXPECT_FALSE(QFile::exists(target)) << c.last_line;
     }
+}
+
+TEST_F(LEGACY_ACTIONS, a_full_disk_is_a_failure) {
+    PHYSICAL_PATH const source(folder.write("raw/a.tga", tga(64, 64, [](int x, int y) {
+                                                return std::array{x * y % 256, x * 3 % 256, y * 5 % 256, x};
+                                            })));
+    for (char const* const format : {"bmp", "tga", "png", "tif", "dds"}) {
+        std::unique_ptr<ACTION_CONVERT> action;
+        if (QLatin1String(format) == "dds")
+            action = std::make_unique<ACTION_DDS>(source, processor, true);
+        else
+            action = std::make_unique<ACTION_FREEIMAGE>(source, format, processor);
+        int status = 0;
+        {
+            FULL_DISK const disk(1000);
+            status = run(*action);
+        }
+        EXPECT_EQ(status, ACTION_INTERFACE::STATUS_FAILED) << format;
+        EXPECT_NE(lines, "") << format;
+        EXPECT_EQ(QDir(folder.path("out")).entryList(QDir::Files), QStringList()) << format;
+    }
+    EXPECT_EQ(QDir(folder.path("raw")).entryList(QDir::Files), QStringList("a.tga"));
 }
 
 TEST_F(LEGACY_ACTIONS, freeimage_messages_reach_the_action_only_while_it_runs) {
