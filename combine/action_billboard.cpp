@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr QLatin1String normal("_normal.tga");
-constexpr QLatin1String displacement("_displacement.tga");
+QLatin1String const normal("_normal.tga");
+QLatin1String const displacement("_displacement.tga");
 
 TEXTURE_RULES billboard_settings() {
     TEXTURE_RULES settings;

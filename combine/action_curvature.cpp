@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr QLatin1String curvature("_curvature.tga");
-constexpr QLatin1String translucency("_translucency.tga");
+QLatin1String const curvature("_curvature.tga");
+QLatin1String const translucency("_translucency.tga");
 
 }  // namespace
 

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr QLatin1String gloss("_gloss.tga");
-constexpr QLatin1String faction_mask("_factionmask.tga");
+QLatin1String const gloss("_gloss.tga");
+QLatin1String const faction_mask("_factionmask.tga");
 
 }  // namespace
 

@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr QLatin1String gloss("_gloss.tga");
-constexpr QLatin1String level("_level.tga");
-constexpr QLatin1String faction_mask("_factionmask.tga");
+QLatin1String const gloss("_gloss.tga");
+QLatin1String const level("_level.tga");
+QLatin1String const faction_mask("_factionmask.tga");
 
 }  // namespace
 

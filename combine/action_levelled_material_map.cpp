@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr QLatin1String smoothness("_smoothness.tga");
-constexpr QLatin1String metalness("_metalness.tga");
-constexpr QLatin1String faction_mask("_factionmask.tga");
+QLatin1String const smoothness("_smoothness.tga");
+QLatin1String const metalness("_metalness.tga");
+QLatin1String const faction_mask("_factionmask.tga");
 
 }  // namespace
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr QLatin1String action_name("Convert mask texture");
+QLatin1String const action_name("Convert mask texture");
 
 }  // namespace
 

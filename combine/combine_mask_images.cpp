@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <span>
 
 namespace {
 
@@ -45,19 +44,19 @@ std::optional<QE::IMAGE32> combine_mask_images_3(OUTPUT_LINE_SINK& sink, PHYSICA
     std::optional<QE::IMAGE32> packed = QE::pack_channels(sources, alpha_of_three);
 
     struct REQUIREMENT {
-        bool holds;
+        bool is_missed;
         PHYSICAL_PATH const& path;
         char const* message;
     };
     // The third message lacks the others' " !"; people search their logs for the texts as they are.
     REQUIREMENT const requirements[] = {
-        {required_1, path_1, " Required but not found !"},
-        {required_2, path_2, " Required but not found !"},
-        {required_3, path_3, " Required but not found"},
+        {required_1 && !sources[0].is_present, path_1, " Required but not found !"},
+        {required_2 && !sources[1].is_present, path_2, " Required but not found !"},
+        {required_3 && !sources[2].is_present, path_3, " Required but not found"},
     };
-    for (std::size_t i = 0; i < sources.size(); ++i) {
-        if (requirements[i].holds && !sources[i].is_present) {
-            sink.add_output_line(requirements[i].path + QLatin1String(requirements[i].message));
+    for (REQUIREMENT const& requirement : requirements) {
+        if (requirement.is_missed) {
+            sink.add_output_line(requirement.path + QLatin1String(requirement.message));
             return std::nullopt;
         }
     }

@@ -3,11 +3,11 @@
 namespace {
 
 // The first colour mask has no number.
-constexpr std::array<QLatin1String, 4> colour_suffixes = {
-    QLatin1String("_colormask.tga"), QLatin1String("_colormask2.tga"), QLatin1String("_colormask3.tga"),
-    QLatin1String("_colormask4.tga")};
-constexpr std::array<QLatin1String, 4> numbered_suffixes = {QLatin1String("_mask1.tga"), QLatin1String("_mask2.tga"),
-                                                            QLatin1String("_mask3.tga"), QLatin1String("_mask4.tga")};
+std::array<QLatin1String, 4> const colour_suffixes = {QLatin1String("_colormask.tga"), QLatin1String("_colormask2.tga"),
+                                                      QLatin1String("_colormask3.tga"),
+                                                      QLatin1String("_colormask4.tga")};
+std::array<QLatin1String, 4> const numbered_suffixes = {QLatin1String("_mask1.tga"), QLatin1String("_mask2.tga"),
+                                                        QLatin1String("_mask3.tga"), QLatin1String("_mask4.tga")};
 
 }  // namespace
 

@@ -12,7 +12,7 @@ namespace tool {
 namespace {
 
 // Less than any texture needs.
-constexpr qint64 full_disk = 64 * 1024;
+constexpr qint64 full_disk = 65536;
 
 class COMMAND_BUILD : public COMMAND {
 public:

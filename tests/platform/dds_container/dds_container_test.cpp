@@ -15,7 +15,7 @@ using WORDS = std::vector<std::pair<std::size_t, std::uint32_t>>;
 // Where the words of a header stand, and what some of them mean.
 constexpr std::size_t flags = 8, height = 12, width = 16, depth = 24, mips = 28, pf_flags = 80, code = 84, bits = 88,
                       red = 92, green = 96, blue = 100, alpha = 104, caps_2 = 112, dxgi = 128, dimension = 132,
-                      misc = 136, array_size = 140, alpha_mode = 144;
+                      misc = 136, array_size = 140;
 constexpr std::uint32_t has_code = 0x4, is_rgb = 0x40, has_alpha = 0x1, is_alpha = 0x2, is_luminance = 0x20000;
 constexpr std::uint32_t dxt1 = 0x31545844, dxt5 = 0x35545844, dx10 = 0x30315844;
 
