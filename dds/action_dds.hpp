@@ -12,7 +12,7 @@ public:
     QString get_name(bool detailed) override;
     /// The library writes beside the source, under the source's name with ".dds", and the result is moved from there.
     /// Whatever stood there before is removed, also a DDS that an artist put beside the TGA. The lines of a failure are
-    /// the library's.
+    /// the library's; a result that cannot be moved fails without one, as the action adds none of its own.
     bool convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const& rules,
                  FILE_MAP const& files) override;
 

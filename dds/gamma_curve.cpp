@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr float one_255th = 0.003921569F;
-
 /// A power in single precision, taken in double precision and rounded: a library's own single-precision power may
 /// differ in the last bit from one processor to the next.
 float power(float base, float exponent) {

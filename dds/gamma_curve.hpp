@@ -6,6 +6,9 @@
 #include <array>
 #include <cstdint>
 
+/// What 8-bit values are multiplied with, in single precision, to lie in 0…1.
+inline constexpr float one_255th = 0.003921569F;
+
 class GAMMA_CURVE {
 public:
     explicit GAMMA_CURVE(float exponent);

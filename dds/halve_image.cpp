@@ -11,8 +11,6 @@ namespace {
 
 using BLOCK = std::array<std::uint8_t const*, 4>;
 
-constexpr float one_255th = 0.003921569F;
-
 void average_as_is(BLOCK const& block, std::uint8_t* out) {
     for (std::size_t channel = 0; channel < 4; ++channel) {
         unsigned const sum = 2U + block[0][channel] + block[1][channel] + block[2][channel] + block[3][channel];
