@@ -46,9 +46,8 @@ void expect_as_plain(PACKING const& packing, std::uint32_t seed) {
     std::vector<PLAIN_PLACE> const plain = pack_plainly(sizes, packing.page, plain_pages);
 
     testing::internal::CaptureStderr();
-    ATLAS_OPTIONS const options =
-        options_of({"-width", std::to_string(packing.page.width), "-height", std::to_string(packing.page.height), "-o",
-                    "out/p", "source"});
+    ATLAS_OPTIONS const options = options_of({"-width", std::to_string(packing.page.width), "-height",
+                                              std::to_string(packing.page.height), "-o", "out/p", "source"});
     testing::internal::GetCapturedStderr();
     testing::internal::CaptureStderr();
     ATLAS_BUILDER builder(options);

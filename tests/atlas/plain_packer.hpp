@@ -28,8 +28,7 @@ public:
                     budget_ -= std::int64_t{w} * h;
                     return candidate;
                 }
-                float const quotient =
-                    static_cast<float>(blocker->right) / static_cast<float>(candidate.right) - 1.0F;
+                float const quotient = static_cast<float>(blocker->right) / static_cast<float>(candidate.right) - 1.0F;
                 column += static_cast<std::int32_t>(std::ceil(std::max(quotient, 0.0F))) + 1;
             }
         }

@@ -28,4 +28,3 @@ inline ATLAS_OPTIONS options_of(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "");
     return ATLAS_OPTIONS(std::move(arguments));
 }
-
