@@ -1,6 +1,7 @@
 #include "atlas/atlas_packer_2d.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 
 namespace {
@@ -57,6 +58,13 @@ std::optional<PLACED_RECTANGLE> ATLAS_PACKER_2D::insert(std::int32_t width, std:
         return area;
     }
     return std::nullopt;
+}
+
+bool ATLAS_PACKER_2D::has_overlaps() const {
+    std::int64_t covered = 0;
+    for (std::uint64_t const bits : covered_)
+        covered += std::popcount(bits);
+    return covered + remaining_texels_ != std::int64_t{width_} * height_;
 }
 
 PAGE_EXTENTS ATLAS_PACKER_2D::shrunk_extents() const {

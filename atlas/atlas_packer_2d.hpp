@@ -42,6 +42,9 @@ public:
     /// left over than the rectangle has. Texels that are covered twice count twice.
     std::optional<PLACED_RECTANGLE> insert(std::int32_t width, std::int32_t height);
 
+    /// Whether some texel is covered twice.
+    bool has_overlaps() const;
+
     /// The page halved as often as the half that goes holds nothing, by the same test: first its width, then its
     /// height.
     PAGE_EXTENTS shrunk_extents() const;

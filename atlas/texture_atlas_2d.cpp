@@ -77,6 +77,7 @@ void TEXTURE_ATLAS_2D::finalize() {
         return;
     PAGE_EXTENTS const extents = packer_->shrunk_extents();
     set_extents(extents.width, extents.height);
+    warn_of_lost_texels();
     PIXEL_BUFFER page(format(), static_cast<std::uint32_t>(width()), static_cast<std::uint32_t>(height()),
                       most_levels_copied_);
     // In the order of placing: where two textures cover the same texels, the later one shows.
@@ -87,6 +88,28 @@ void TEXTURE_ATLAS_2D::finalize() {
     }
     packer_.reset();
     set_texels(std::move(page));
+}
+
+/// The rule of packing lets a rectangle cover one that it encloses on an axis, and halves a page although something
+/// lies within the half that goes. Both are kept, but nobody should have to find them in a game.
+void TEXTURE_ATLAS_2D::warn_of_lost_texels() const {
+    bool const has_overlaps = packer_->has_overlaps();
+    for (std::size_t i = 0; i < placed_.size(); ++i) {
+        auto const& [texture, place] = placed_[i];
+        if (place.right > width() || place.bottom > height()) {
+            report_atlas_warning("Texture " + texture->file_name() + " lies outside of atlas " + file_name() + '.');
+            continue;
+        }
+        for (std::size_t later = i + 1; has_overlaps && later < placed_.size(); ++later) {
+            PLACED_RECTANGLE const& other = placed_[later].second;
+            if (place.left < other.right && other.left < place.right && place.top < other.bottom &&
+                other.top < place.bottom) {
+                report_atlas_warning("Texture " + texture->file_name() + " is covered by texture " +
+                                     placed_[later].first->file_name() + " in atlas " + file_name() + '.');
+                break;
+            }
+        }
+    }
 }
 
 bool TEXTURE_ATLAS_2D::write(std::filesystem::path const& path) {

@@ -27,6 +27,7 @@ public:
 
 private:
     bool create_packer(bool has_mip_maps);
+    void warn_of_lost_texels() const;
     bool write(std::filesystem::path const& path) override;
 
     /// Levels of the page as it was made; its texels may end up with fewer.

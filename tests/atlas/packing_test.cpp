@@ -63,7 +63,9 @@ void expect_as_plain(PACKING const& packing, std::uint32_t seed) {
     }
     EXPECT_EQ(std::count(messages.begin(), messages.end(), '\n'), 2 * unplaced);
 
+    testing::internal::CaptureStderr();
     builder.finalize_all();
+    testing::internal::GetCapturedStderr();
     ASSERT_EQ(builder.groups()[0].size(), plain_pages.size());
     for (std::size_t i = 0; i < plain_pages.size(); ++i) {
         PAGE_EXTENTS const extents = {builder.groups()[0][i]->width(), builder.groups()[0][i]->height()};

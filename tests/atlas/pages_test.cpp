@@ -132,6 +132,37 @@ TEST(atlas_pages, messages) {
     }
 }
 
+TEST(atlas_pages, texels_that_get_lost) {
+    struct CASE {
+        PAGE_EXTENTS page;
+        std::vector<PAGE_EXTENTS> sizes;
+        char const* expected;
+    };
+    CASE const cases[] = {
+        {{32, 16}, {{10, 10}, {3, 3}, {11, 5}}, "Warning: Texture 1 is covered by texture 2 in atlas p0.tga.\n"},
+        {{40, 3}, {{20, 3}, {7, 3}}, "Warning: Texture 1 lies outside of atlas p0.tga.\n"},
+        {{40, 3}, {{20, 3}, {10, 3}}, ""},
+    };
+    for (CASE const& test : cases) {
+        TEXTURES sources;
+        ATLAS_GROUP group;
+        for (PAGE_EXTENTS const size : test.sizes) {
+            sources.push_back(texture(std::to_string(sources.size()), static_cast<std::uint32_t>(size.width),
+                                      static_cast<std::uint32_t>(size.height), D3D_FORMAT::l8));
+            group.push_back(sources.back().get());
+        }
+        testing::internal::CaptureStderr();
+        ATLAS_OPTIONS const options = options_of(
+            {"-width", std::to_string(test.page.width), "-height", std::to_string(test.page.height), "-o", "p", "x"});
+        testing::internal::GetCapturedStderr();
+        testing::internal::CaptureStderr();
+        ATLAS_BUILDER builder(options);
+        builder.build_pages(group);
+        builder.finalize_all();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), test.expected);
+    }
+}
+
 TEST(atlas_pages, no_page_without_sides) {
     TEXTURES sources;
     sources.push_back(texture("a", 4, 4, D3D_FORMAT::l8));
