@@ -116,6 +116,8 @@ private:
     bool load_sources(ATLAS_OPTIONS const& options) {
         bool const all_levels = !options.is_set(ATLAS_OPTION::no_mip_map);
         for (int i = 0; i < action_.sources_.size(); ++i) {
+            if (action_.is_aborted())
+                return false;
             // Opened by the path itself: its Latin-1 form need not be the name of a file.
             PHYSICAL_PATH const path = physical_path(action_.sources_[i]);
             std::string const name = path.text().toLatin1().toStdString();
@@ -142,6 +144,8 @@ private:
                 action_.remove_from_perforce(page, files_);
                 continue;
             }
+            if (action_.is_aborted())
+                return false;
             PHYSICAL_PATH const targa = action_.page_path(i, ".tga");
             unfinished_.append(page);
             if (!compress_page(targa, page)) {

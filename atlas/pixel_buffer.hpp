@@ -12,8 +12,7 @@
 
 class PIXEL_BUFFER {
 public:
-    /// All bytes 0. Sides and slices are at least 1; `levels` at most what the larger side can be halved. Throws
-    /// std::bad_alloc.
+    /// All bytes 0. Sides and slices are at least 1; levels below 1 × 1 have one texel too. Throws std::bad_alloc.
     PIXEL_BUFFER(D3D_FORMAT format, std::uint32_t width, std::uint32_t height, std::uint32_t levels,
                  std::uint32_t slices = 1);
 
