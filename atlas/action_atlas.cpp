@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -44,26 +45,10 @@ public:
 
     bool make_atlas() {
         remove_earlier_pages();
-        ATLAS_OPTIONS const options(arguments());
-        // Sides that are no powers of two have been reported; pages are made all the same.
-        if (!load_sources(options))
+        std::optional<std::string> const index = save_pages();
+        if (!index)
             return false;
-        auto const groups = group_by_format(sources_);
-        ATLAS_BUILDER builder(options);
-        for (auto const& [format, group] : groups)
-            builder.build_pages(group);
-        builder.finalize_all();
-
-        QString const& base = action_.base_;
-        QDir().mkpath(base.section(QLatin1Char('/'), 0, -2));
-        for (auto const& pages : builder.groups())
-            page_count_ = std::max(page_count_, static_cast<int>(pages.size()));
-        for (int i = 0; i < page_count_; ++i)
-            unfinished_.append(action_.page_path(i, ".tga"));
-        builder.save_all(native_file_path(base));
-        std::string const base_name = base.section(QLatin1Char('/'), -1).toLatin1().toStdString();
-        std::string const index = atlas_index_text(groups, base_name, options.is_set(ATLAS_OPTION::half_texel));
-        if (!write_atlas_index(action_, action_.index_path(), index)) {
+        if (!write_atlas_index(action_, action_.index_path(), *index)) {
             for (int i = 0; i < page_count_; ++i)
                 action_.revert_from_perforce(action_.page_path(i, ".dds"), files_);
             action_.revert_from_perforce(action_.index_path(), files_);
@@ -78,6 +63,8 @@ public:
     }
 
 private:
+    using SOURCES = std::vector<std::unique_ptr<ATLAS_SOURCE_TEXTURE>>;
+
     void remove_earlier_pages() {
         while (FILE_ENTRY const* const page = files_.value(PATHS::logical_path(old_page()))) {
             QFile::remove(page->physical_path);
@@ -113,7 +100,32 @@ private:
         return arguments;
     }
 
-    bool load_sources(ATLAS_OPTIONS const& options) {
+    /// Makes the pages as Targa files and gives the text of their index. Texels of sources and pages are gone when it
+    /// returns: compressing needs its own.
+    std::optional<std::string> save_pages() {
+        // Sides that are no powers of two are reported here; pages are made all the same.
+        ATLAS_OPTIONS const options(arguments());
+        SOURCES sources;
+        if (!load_sources(options, sources))
+            return std::nullopt;
+        auto const groups = group_by_format(sources);
+        ATLAS_BUILDER builder(options);
+        for (auto const& [format, group] : groups)
+            builder.build_pages(group);
+        builder.finalize_all();
+
+        QString const& base = action_.base_;
+        QDir().mkpath(base.section(QLatin1Char('/'), 0, -2));
+        for (auto const& pages : builder.groups())
+            page_count_ = std::max(page_count_, static_cast<int>(pages.size()));
+        for (int i = 0; i < page_count_; ++i)
+            unfinished_.append(action_.page_path(i, ".tga"));
+        builder.save_all(native_file_path(base));
+        return atlas_index_text(groups, base.section(QLatin1Char('/'), -1).toLatin1().toStdString(),
+                                options.is_set(ATLAS_OPTION::half_texel));
+    }
+
+    bool load_sources(ATLAS_OPTIONS const& options, SOURCES& sources) {
         bool const all_levels = !options.is_set(ATLAS_OPTION::no_mip_map);
         for (int i = 0; i < action_.sources_.size(); ++i) {
             if (action_.is_aborted())
@@ -130,7 +142,7 @@ private:
                 action_.add_output_line(QStringLiteral("Failed to load source texture: ") + path);
                 return false;
             }
-            sources_.push_back(std::make_unique<ATLAS_SOURCE_TEXTURE>(name, std::move(std::get<PIXEL_BUFFER>(loaded))));
+            sources.push_back(std::make_unique<ATLAS_SOURCE_TEXTURE>(name, std::move(std::get<PIXEL_BUFFER>(loaded))));
             action_.set_progress_value((i + 1) * loading_progress / action_.sources_.size());
         }
         return true;
@@ -171,7 +183,6 @@ private:
     FILE_MAP const& files_;
     int old_page_count_ = 0;
     int page_count_ = 0;
-    std::vector<std::unique_ptr<ATLAS_SOURCE_TEXTURE>> sources_;
     QVector<PHYSICAL_PATH> unfinished_;
 };
 
