@@ -76,7 +76,7 @@ bool refuse(std::string const& message) {
 }
 
 bool is_power_of_two(std::int32_t value) {
-    // Rounded to single precision, as the texts' own tool does: beyond two million it lets neighbours of powers pass.
+    // In single precision on purpose: beyond two million it lets neighbours of powers pass, which no page can have.
     auto const exponent = static_cast<float>(std::log(static_cast<double>(value)) / std::log(2.0));
     return exponent == std::floor(exponent);
 }
