@@ -1,5 +1,5 @@
-// The image-information database of 100,000 textures: recording them, beside opening their files and nothing else, and
-// looking names up in the saved file.
+// The image-information database of 100,000 textures: recording them, beside opening their files and taking the headers,
+// and looking names up in the saved file.
 #include "imagedb/action_image_info_db.hpp"
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/image_loader/image_info_db_reader.hpp"
@@ -71,12 +71,14 @@ PROJECT const& project() {
     return made;
 }
 
-void open_files(benchmark::State& state) {
+void open_and_read(benchmark::State& state) {
     project();
     for (auto _ : state) {
         for (auto const& [path, entry] : project().files) {
             QFile file(entry->physical_path.text());
-            benchmark::DoNotOptimize(file.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+            char header[148];
+            if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+                benchmark::DoNotOptimize(file.read(header, sizeof header));
         }
     }
 }
@@ -125,7 +127,7 @@ void look_up(benchmark::State& state) {
     }
 }
 
-BENCHMARK(open_files)->Unit(benchmark::kMillisecond);
+BENCHMARK(open_and_read)->Unit(benchmark::kMillisecond);
 BENCHMARK(record_textures)->Unit(benchmark::kMillisecond);
 BENCHMARK(open_database)->Unit(benchmark::kMillisecond);
 BENCHMARK(look_up);
