@@ -1,5 +1,5 @@
-// The image-information database of 100,000 textures: recording them, beside opening their files and taking the headers,
-// and looking names up in the saved file.
+// The image-information database of 100,000 textures: recording them, beside opening their files and taking the
+// headers, and looking names up in the saved file.
 #include "imagedb/action_image_info_db.hpp"
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/image_loader/image_info_db_reader.hpp"

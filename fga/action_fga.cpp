@@ -76,7 +76,7 @@ bool ACTION_FGA::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& targe
         if (length == size)
             field = read_vector_field({text.get(), length}, cause);
         else
-            cause = file.errorString().toStdString();
+            cause = "it cannot be read to its end";
     } catch (std::bad_alloc const&) {
         cause = "there is not enough memory";
     }

@@ -1,7 +1,6 @@
 #include "host/tool/build_session.hpp"
 
 #include "host/tool/database_step.hpp"
-
 #include "processor/host/paths.hpp"
 
 #include <QDir>

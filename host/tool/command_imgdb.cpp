@@ -18,7 +18,9 @@ using IMAGE_LOADER::IMAGE_INFO_DB_READER;
 using IMAGE_LOADER::IMAGE_INFO_RECORD;
 
 QString name_of(IMAGE_INFO_RECORD const& image) {
-    return QString::fromUtf8(image.name.data(), static_cast<int>(image.name.size()));
+    // No path is longer; a file that says so must not have its way.
+    std::string_view const name = image.name.substr(0, 65536);
+    return QString::fromUtf8(name.data(), static_cast<int>(name.size()));
 }
 
 QString format_of(IMAGE_INFO_RECORD const& image) {
@@ -31,10 +33,7 @@ QString in_words(IMAGE_INFO_RECORD const& image) {
     QString const levels =
         image.number_of_mips == 1 ? QStringLiteral("1 level") : QStringLiteral("%1 levels").arg(image.number_of_mips);
     return QStringLiteral("%1: %2 x %3, %4, %5")
-        .arg(name_of(image))
-        .arg(image.width)
-        .arg(image.height)
-        .arg(format_of(image), levels);
+        .arg(name_of(image), QString::number(image.width), QString::number(image.height), format_of(image), levels);
 }
 
 QJsonObject as_json(IMAGE_INFO_DB_READER const& database, IMAGE_INFO_RECORD const& image) {

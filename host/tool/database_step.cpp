@@ -1,6 +1,7 @@
 #include "host/tool/database_step.hpp"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
@@ -24,7 +25,9 @@ public:
             observer->line(planned, text);
     }
     void action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) override {
-        (result.status == ACTION_RESULT::STATUS::succeeded ? succeeded_ : failed_).insert(planned.id);
+        bool const failed =
+            result.status == ACTION_RESULT::STATUS::failed || result.status == ACTION_RESULT::STATUS::interrupted;
+        (failed ? failed_ : succeeded_).insert(planned.id);
         for (RUN_OBSERVER* const observer : observers_)
             observer->action_finished(planned, result);
     }
@@ -79,6 +82,14 @@ PLAN last_step(std::vector<PLANNED_ACTION> actions, BUILD_SESSION& session, PLAN
         planned.action->get_affected_files(planned.sources, planned.targets, newest, session.files(), session.rules());
     }
     return {std::move(actions), {}};
+}
+
+/// A database that has gone takes the fragment that declared it with it.
+void remove_left_fragments(PLAN const& step, RELAY const& relay) {
+    for (PLANNED_ACTION const& planned : step.actions)
+        for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+            if (relay.has_succeeded(planned) && !QFileInfo::exists(target.physical_path))
+                QFile::remove(target.physical_path.section(u'.', 0, -2) + QStringLiteral(".agf"));
 }
 
 /// Every name that an "Expansion" rule gives.
@@ -153,6 +164,7 @@ RUN_COUNTS run_with_last_step(PLAN plan, BUILD_SESSION& session, STEPPED_RUN con
             take_in_made_files(session, plan, relay);
         step = last_step(std::move(last), session, plan, relay);
         RUN_COUNTS const more = stepped.run_part(step, {&relay});
+        remove_left_fragments(step, relay);
         counts.succeeded += more.succeeded;
         counts.made_no_file += more.made_no_file;
         counts.failed += more.failed;

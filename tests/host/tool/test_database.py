@@ -90,7 +90,8 @@ class Retail(ProjectTest):
         self.check(["build"], 0)
         (self.folder / "raw_data/north/zab_rules.toml").unlink()
         self.check(["build"], 0)
-        self.assertNotIn("img_db__n.bin", self.files())
+        self.assertEqual([name for name in self.files() if "/" not in name],
+                         [f"img_db__{name}.{kind}" for name in ("core", "s") for kind in ("agf", "bin")])
         self.assertIn("textures/north/b.dds", self.records("core"))
 
     def test_expansions_without_a_row_of_their_own(self):
