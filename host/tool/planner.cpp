@@ -157,6 +157,10 @@ private:
                 if (producer != producers_.constEnd())
                     need(*producer, false);
             }
+            // Any action may make files that it does not announce.
+            for (std::size_t other = 0; planned.is_last_step && other < i; ++other)
+                if (!plan_.actions[other].is_last_step)
+                    need(other, true);
         }
     }
 

@@ -43,6 +43,12 @@ class LastStep(ProjectTest):
         status, _, err = self.build({"a": "makes a.out", "b": "makes b.out"}, "raw_data/a.step")
         self.assertEqual((status, self.files()), (0, ["a.out"]), err)
 
+    def test_it_comes_after_all_others(self):
+        self.build({"a": "makes a.out", "b": "drops b.out"}, "-n")
+        _, out, _ = self.check(["plan", "--plugin", STEPS, "--json"], 0)
+        self.assertEqual([(action["name"], action["depends"]) for action in json.loads(out)],
+                         [("a", []), ("b", []), ("List", [1, 2])])
+
     def test_it_is_there_where_the_project_asks_for_it(self):
         status, out, _ = self.build({"a": "makes a.out"}, "--dry-run")
         self.assertEqual((status, out), (0, "would run: a\nwould run: List\n"))
