@@ -4,6 +4,8 @@
 #include <QMutexLocker>
 #include <QSet>
 
+#include <map>
+
 namespace QTSHARED {
 
 ASSET_FRAGMENT_BUILDER::ASSET_FRAGMENT_BUILDER(QString const& id) : id_(id) {
@@ -25,7 +27,9 @@ struct ASSET_GRAPH::STATE {
     /// Fragment name → id of the builder that holds it.
     QHash<QString, QString> owners;
     QHash<QString, QString> packages;
-    QSet<QString> textures;
+    /// Texture → what it is made from.
+    QHash<QString, QString> textures;
+    std::map<QString, ASSET_FRAGMENT_BUILDER> unwritten;
 };
 
 ASSET_GRAPH::ASSET_GRAPH() : state_(std::make_unique<STATE>()) {
@@ -68,12 +72,32 @@ bool ASSET_GRAPH::add(ASSET_FRAGMENT_BUILDER const& builder, QString& error) {
         state_->owners.insert(fragment.name, builder.id());
         state_->packages.insert(fragment.name, fragment.package);
     }
+    state_->unwritten.insert_or_assign(builder.id(), builder);
     return true;
 }
 
-void ASSET_GRAPH::add_texture(QString const& logical_path) {
+void ASSET_GRAPH::add_texture(QString const& logical_path, QString const& made_from) {
     QMutexLocker const lock(&state_->mutex);
-    state_->textures.insert(logical_path);
+    state_->textures.insert(logical_path, made_from);
+}
+
+QString ASSET_GRAPH::made_from(QString const& logical_path) const {
+    QMutexLocker const lock(&state_->mutex);
+    return state_->textures.value(logical_path);
+}
+
+std::vector<ASSET_FRAGMENT_BUILDER> ASSET_GRAPH::take_unwritten() {
+    QMutexLocker const lock(&state_->mutex);
+    std::vector<ASSET_FRAGMENT_BUILDER> builders;
+    for (auto const& [id, builder] : state_->unwritten)
+        builders.push_back(builder);
+    state_->unwritten.clear();
+    return builders;
+}
+
+void ASSET_GRAPH::set_written(QString const& id) {
+    QMutexLocker const lock(&state_->mutex);
+    state_->unwritten.erase(id);
 }
 
 bool ASSET_GRAPH::has_texture(QString const& logical_path) const {

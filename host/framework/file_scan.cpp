@@ -186,4 +186,18 @@ void scan_files(PROJECT const& project, SCANNED_FILES& files, DIAGNOSTICS& diagn
               [](FOUND_RULE_FILE const& left, FOUND_RULE_FILE const& right) { return left.folder < right.folder; });
 }
 
+void scan_made_files(PROJECT const& project, SCANNED_FILES& files) {
+    if (QFileInfo(project.working).isDir()) {
+        DIAGNOSTICS told_before;
+        for (QString const& path : ROOT_WALK(project.working, false, files, told_before).walk()) {
+            LOGICAL_PATH const logical(QStringLiteral("<working>/") + path);
+            if (files.map.contains(logical))
+                continue;
+            files.entries.push_back({PHYSICAL_PATH(project.working + u'/' + path), {}});
+            files.map.insert(logical, &files.entries.back());
+        }
+    }
+    files.map.sort();
+}
+
 }  // namespace framework

@@ -1,5 +1,6 @@
 #include "host/tool/build_session.hpp"
 
+#include "host/tool/database_step.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QDir>
@@ -109,10 +110,8 @@ EXIT_CODE BUILD_SESSION::create_actions() {
     for (auto const& processor : plugin_.processors()) {
         for (auto const& [path, time] : processor->get_virtual_files(files_.map, *rules_)) {
             LOGICAL_PATH const logical = PATHS::logical_path(path);
-            if (files_.map.contains(logical))
-                continue;
-            files_.entries.push_back({path, {}});
-            files_.map.insert(logical, &files_.entries.back());
+            if (!files_.map.contains(logical))
+                know_file(path, logical);
         }
     }
     for (auto const& processor : plugin_.processors())
@@ -120,7 +119,24 @@ EXIT_CODE BUILD_SESSION::create_actions() {
             actions_.emplace_back(action);
     for (auto const& action : actions_)
         action->add_external_dependencies(files_.map, *rules_);
+    if (project_->image_database && (!plugin_.image_database() || plugin_.processors().empty())) {
+        console_.error(
+            QStringLiteral("the project asks for an image-information database, and the plug-in makes none"));
+        return EXIT_CODE::environment;
+    }
     return EXIT_CODE::success;
+}
+
+void BUILD_SESSION::know_file(PHYSICAL_PATH const& physical, LOGICAL_PATH const& logical) {
+    files_.entries.push_back({physical, {}});
+    files_.map.insert(logical, &files_.entries.back());
+}
+
+void BUILD_SESSION::create_database_actions() {
+    for (auto& action : make_database_actions(*this, *plugin_.image_database(), *plugin_.processors().front())) {
+        action->add_external_dependencies(files_.map, *rules_);
+        actions_.push_back(std::move(action));
+    }
 }
 
 EXIT_CODE BUILD_SESSION::open() {

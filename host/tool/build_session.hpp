@@ -34,6 +34,14 @@ public:
     framework::PROJECT_RULE_CACHE const& rules() const { return *rules_; }
     std::vector<std::unique_ptr<ACTION_INTERFACE>> const& actions() const { return actions_; }
     QTSHARED::ASSET_GRAPH& asset_graph() { return asset_graph_; }
+    framework::XML_TABLES const& tables() const { return tables_; }
+
+    /// Adds a file that is going to be made, at the end of the file map.
+    void know_file(PHYSICAL_PATH const& physical, LOGICAL_PATH const& logical);
+    /// Adds every file of the working root that the file map does not have yet.
+    void know_made_files() { framework::scan_made_files(*project_, files_); }
+    /// Makes the actions of the database step, once all others and their targets are known, and appends them.
+    void create_database_actions();
 
     /// A path from the command line, taken from the current folder, as a path of this project ("<raw>/...",
     /// "<working>/..."); nothing when it lies outside both roots. It may be given as a logical path as well.

@@ -1,5 +1,6 @@
 // zab build [PATH...]: builds the project, or what is made from the files at or below the paths.
 #include "host/tool/build_report.hpp"
+#include "host/tool/database_step.hpp"
 #include "host/tool/events.hpp"
 #include "host/tool/progress.hpp"
 
@@ -50,7 +51,11 @@ public:
             }
             observers.push_back(&events);
         }
-        return exit_code(context.console, session, run_plan(*plan, session, {fail_fast_}, observers), events);
+        auto const run_part = [&](PLAN const& part, std::vector<RUN_OBSERVER*> const& part_observers) {
+            return run_plan(part, session, {fail_fast_}, part_observers);
+        };
+        RUN_COUNTS const counts = run_with_last_step(std::move(*plan), session, {fail_fast_, observers, run_part});
+        return exit_code(context.console, session, counts, events);
     }
 
 private:

@@ -29,7 +29,8 @@ public:
         TARGET_GUARD guard(session.project().working);
         for (PLANNED_ACTION const& planned : plan.actions)
             for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-                if (planned.state == PLANNED_ACTION::STATE::run && guard.refusal(target.physical_path).isEmpty())
+                if (planned.state == PLANNED_ACTION::STATE::run && !is_older_file(target) &&
+                    (guard.refusal(target.physical_path).isEmpty() || is_fragment_beside_source(planned, target)))
                     remove_file(context.console, session.project().working, target.physical_path);
         remove_state(context.console, session.project().state_folder);
         if (context.console.verbosity() != VERBOSITY::quiet)

@@ -27,7 +27,7 @@ constexpr char const* project_text =
 # texc_expansions = "db/texc_expansions.xml"
 
 # [image_database]
-# enabled = true
+# enabled = false              # true: a build ends with working_data/img_db.bin, a list of all textures
 
 # [version_control]
 # kind = "none"                # "none", "git" or "perforce"

@@ -1,5 +1,6 @@
 #include "host/tool/execute_action.hpp"
 
+#include "host/framework/asset_fragment_file.hpp"
 #include "host/framework/version_control.hpp"
 #include "host/tool/failure_cause.hpp"
 #include "host/tool/peak_memory.hpp"
@@ -70,7 +71,10 @@ bool was_removed(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE co
 ACTION_INTERFACE::STATUS run(PLANNED_ACTION const& planned, FILE_MAP const& files, RULE_CACHE const& rules,
                              QString& thrown) {
     try {
-        return planned.action->run(files, rules);
+        ACTION_INTERFACE::STATUS const status = planned.action->run(files, rules);
+        if (ACTION_INTERFACE::s_asset_graph == nullptr ||
+            framework::save_added_fragments(*ACTION_INTERFACE::s_asset_graph, *planned.action, files, thrown))
+            return status;
     } catch (std::exception const& exception) {
         thrown = QStringLiteral("Unexpected error: ") + QString::fromUtf8(exception.what());
     } catch (...) {
@@ -138,7 +142,8 @@ ACTION_RESULT fail_action(QString const& reason, std::function<void(QString cons
 
 void remove_targets(PLANNED_ACTION const& planned) {
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-        QFile::remove(target.physical_path);
+        if (!is_older_file(target))
+            QFile::remove(target.physical_path);
 }
 
 }  // namespace tool

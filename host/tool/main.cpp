@@ -25,6 +25,7 @@ std::vector<std::unique_ptr<COMMAND>> make_commands() {
     commands.push_back(make_command_info());
     commands.push_back(make_command_view());
     commands.push_back(make_command_compare());
+    commands.push_back(make_command_imgdb());
     commands.push_back(make_command_clean());
     return commands;
 }

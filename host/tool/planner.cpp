@@ -22,20 +22,33 @@ public:
     explicit PLANNER(BUILD_SESSION& session) : session_(session) {}
 
     PLAN plan() {
-        gather();
-        refuse_targets_outside();
-        find_producers();
+        take_in_new_actions(false);
+        if (session_.project().image_database) {
+            session_.files().sort();
+            session_.create_database_actions();
+            take_in_new_actions(true);
+        }
         connect();
         order();
         return std::move(plan_);
     }
 
 private:
-    void gather() {
-        for (auto const& action : session_.actions()) {
+    /// What the session has made since the last call.
+    void take_in_new_actions(bool are_last_step) {
+        std::size_t const first = plan_.actions.size();
+        gather(are_last_step);
+        refuse_targets_outside(first);
+        find_producers(first);
+    }
+
+    void gather(bool are_last_step) {
+        for (std::size_t i = plan_.actions.size(); i < session_.actions().size(); ++i) {
+            ACTION_INTERFACE* const action = session_.actions()[i].get();
             PLANNED_ACTION planned;
-            planned.id = static_cast<int>(plan_.actions.size()) + 1;
-            planned.action = action.get();
+            planned.id = static_cast<int>(i) + 1;
+            planned.action = action;
+            planned.is_last_step = are_last_step;
             planned.name = action->get_name(true);
             QDateTime newest;
             action->get_affected_files(planned.sources, planned.targets, newest, session_.files(), session_.rules());
@@ -67,14 +80,15 @@ private:
         return places.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(places.join(QStringLiteral(", ")));
     }
 
-    void refuse_targets_outside() {
+    void refuse_targets_outside(std::size_t first) {
         TARGET_GUARD guard(session_.project().working);
-        for (PLANNED_ACTION& planned : plan_.actions) {
+        for (std::size_t i = first; i < plan_.actions.size(); ++i) {
+            PLANNED_ACTION& planned = plan_.actions[i];
             if (planned.state == PLANNED_ACTION::STATE::error)
                 continue;
             for (ACTION_INTERFACE::TARGET_FILE const& target : qAsConst(planned.targets)) {
                 QString const refusal = guard.refusal(target.physical_path);
-                if (refusal.isEmpty())
+                if (refusal.isEmpty() || is_fragment_beside_source(planned, target))
                     continue;
                 planned.state = PLANNED_ACTION::STATE::error;
                 planned.error = refusal + target_rules(planned);
@@ -84,8 +98,8 @@ private:
         }
     }
 
-    void find_producers() {
-        for (std::size_t i = 0; i < plan_.actions.size(); ++i) {
+    void find_producers(std::size_t first_new) {
+        for (std::size_t i = first_new; i < plan_.actions.size(); ++i) {
             PLANNED_ACTION const& planned = plan_.actions[i];
             if (planned.state == PLANNED_ACTION::STATE::error)
                 continue;
@@ -99,9 +113,13 @@ private:
                     continue;
                 }
                 producers_.insert(file, i);
+                // The database step lists what there will be.
+                if (session_.project().image_database && !session_.files().contains(target.logical_path))
+                    session_.know_file(target.physical_path, target.logical_path);
                 if (FILE_ENTRY* const entry = session_.files().value(target.logical_path))
                     entry->producers.append(planned.action);
-                session_.asset_graph().add_texture(target.logical_path);
+                session_.asset_graph().add_texture(
+                    target.logical_path, planned.sources.isEmpty() ? QString() : planned.sources.first().text());
             }
         }
     }
@@ -139,6 +157,10 @@ private:
                 if (producer != producers_.constEnd())
                     need(*producer, false);
             }
+            // Any action may make files that it does not announce.
+            for (std::size_t other = 0; planned.is_last_step && other < i; ++other)
+                if (!plan_.actions[other].is_last_step)
+                    need(other, true);
         }
     }
 
@@ -207,6 +229,21 @@ private:
 };
 
 }  // namespace
+
+bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE const& target) {
+    if (!target.logical_path.text().endsWith(QLatin1String(".agf")))
+        return false;
+    return std::any_of(planned.sources.begin(), planned.sources.end(), [&](LOGICAL_PATH const& source) {
+        int const folder = source.text().lastIndexOf(u'/') + 1;
+        QString const stem = source.section(u'.', 0, -2) + u'.';
+        return target.logical_path.text().startsWith(stem) &&
+               target.logical_path.text().lastIndexOf(u'/') + 1 == folder;
+    });
+}
+
+bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target) {
+    return target.temporary && target.logical_path.text().startsWith(QLatin1String("<raw>/"));
+}
 
 PLAN make_plan(BUILD_SESSION& session) {
     return PLANNER(session).plan();

@@ -34,7 +34,17 @@ struct PLANNED_ACTION {
     QString error;
     /// The host refuses to run it at all.
     bool refused = false;
+    /// It reads whatever the others have made, so it runs after all of them.
+    bool is_last_step = false;
 };
+
+/// Whether the target is the asset-graph fragment of one of the action's sources, in the source's own folder. Fragments
+/// stand there even in the raw folder, where nothing else is ever written.
+bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE const& target);
+
+/// Whether the target is a file of the raw folder that was there before, and that the action takes away when it
+/// succeeds. Nobody else may.
+bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target);
 
 struct PLAN {
     /// In the order in which they run.

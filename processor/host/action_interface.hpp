@@ -93,7 +93,7 @@ public:
     /// The id of the asset-graph fragment that stands for the path, empty when it has none.
     static QString asset_fragment_id(LOGICAL_PATH const& path, RULE_CACHE const& rules);
     /// Whether the file is shipped at all; `expansion`, when not null, receives the name of the expansion that it is
-    /// shipped with (empty: the core data).
+    /// shipped with (empty: the core data, and everything unless the global rule "Retail" holds).
     static bool is_file_ever_released(LOGICAL_PATH const& path, RULE_CACHE const& rules, QString* expansion, bool flag);
 
     /// Set by the host before actions run. Borrowed.

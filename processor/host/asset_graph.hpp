@@ -9,6 +9,7 @@
 #include <QVector>
 
 #include <memory>
+#include <vector>
 
 class NR_XML_QUERY_INTERFACE;
 
@@ -58,9 +59,18 @@ public:
     /// refused: `error` then says why and the graph stays as it was.
     bool add(ASSET_FRAGMENT_BUILDER const& builder, QString& error);
 
-    /// A known texture: one that exists below the working data root or that an action makes. Host only.
-    void add_texture(QString const& logical_path);
+    /// A known texture: one that exists below the working data root or that an action makes, which then says what it is
+    /// made from. Host only.
+    void add_texture(QString const& logical_path, QString const& made_from = {});
     bool has_texture(QString const& logical_path) const;
+    /// The logical path of the first source of the action that makes the texture; empty when none does.
+    QString made_from(QString const& logical_path) const;
+
+    /// The builders that were added and of which nobody has written the file yet, each handed out once, in the order of
+    /// their ids. Host only.
+    std::vector<ASSET_FRAGMENT_BUILDER> take_unwritten();
+    /// The file of the builder with this id has been written. Host only.
+    void set_written(QString const& id);
 
     /// The fragment's package by its name; fragments that no builder holds are not listed.
     QHash<QString, QString> packages() const;

@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QReadWriteLock>
 
+#include <algorithm>
 #include <vector>
 
 template <typename KEY, typename VALUE>
@@ -42,6 +43,14 @@ public:
     void reserve(int count) {
         entries_.reserve(static_cast<std::size_t>(count));
         index_.reserve(count);
+    }
+
+    /// Puts the entries into the order of their keys.
+    void sort() {
+        std::sort(entries_.begin(), entries_.end(),
+                  [](ENTRY const& left, ENTRY const& right) { return left.key < right.key; });
+        for (std::size_t i = 0; i < entries_.size(); ++i)
+            index_[entries_[i].key] = static_cast<int>(i);
     }
 
     /// Taken by the host around changes while others may read. Readers among the actions need not take it: the host

@@ -3,6 +3,7 @@
 //
 //     makes FILE      a target, relative to the working root        reads FILE   another source, likewise
 //     after NAME      runs after that step                          try NAME     the same, but does without its success
+//     drops FILE      makes a file without announcing it
 //     fail, throw     after writing half of the targets             idle         succeed and write nothing
 #include "processor/host/action_interface.hpp"
 #include "processor/host/paths.hpp"
@@ -56,7 +57,7 @@ public:
             }
             if (order == "throw")
                 throw std::runtime_error("told to throw");
-            if (order == "makes") {
+            if (order == "makes" || order == "drops") {
                 QFile out(working(argument));
                 QDir().mkpath(QFileInfo(out).path());
                 if (!out.open(QIODevice::WriteOnly) || out.write("made") != 4)
@@ -94,7 +95,41 @@ public:
     }
 };
 
+/// In place of the image-information database: the working files that the host knows of.
+class LIST : public ACTION_INTERFACE {
+public:
+    using ACTION_INTERFACE::ACTION_INTERFACE;
+
+    QString get_name(bool) override { return QStringLiteral("List"); }
+
+    void get_affected_files(QVector<LOGICAL_PATH>& sources, QVector<TARGET_FILE>& targets, QDateTime&,
+                            FILE_MAP const& files, RULE_CACHE const&) override {
+        for (auto const& [path, entry] : files)
+            if (path.text().startsWith(QLatin1String("<working>/")) && !path.text().endsWith(QLatin1String("/list")))
+                sources.append(path);
+        targets.append({PHYSICAL_PATH(working(QStringLiteral("list"))), LOGICAL_PATH("<working>/list"), false});
+    }
+
+    STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) override {
+        QVector<LOGICAL_PATH> sources;
+        QVector<TARGET_FILE> targets;
+        QDateTime newest;
+        get_affected_files(sources, targets, newest, files, rules);
+        QFile out(working(QStringLiteral("list")));
+        if (!out.open(QIODevice::WriteOnly))
+            return STATUS_FAILED;
+        for (LOGICAL_PATH const& source : qAsConst(sources))
+            out.write(source.text().mid(10).toUtf8() + ' ');
+        return STATUS_SUCCEEDED;
+    }
+};
+
 }  // namespace
+
+extern "C" Q_DECL_EXPORT ACTION_INTERFACE* zab_create_image_database_action(PROCESSOR_INTERFACE& processor,
+                                                                            QString const&) {
+    return new LIST(processor);
+}
 
 class STEP_PLUGIN : public QObject, public PLUGIN_INTERFACE {
     Q_OBJECT
