@@ -121,3 +121,8 @@ void ACTION_INTERFACE::add_output_line(QString const& line) {
     if (listener_)
         listener_(line);
 }
+
+void ACTION_INTERFACE::announce_working_file(PHYSICAL_PATH const& file) {
+    if (working_file_listener_)
+        working_file_listener_(file);
+}

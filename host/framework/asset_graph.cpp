@@ -4,6 +4,8 @@
 #include <QMutexLocker>
 #include <QSet>
 
+#include <utility>
+
 namespace QTSHARED {
 
 ASSET_FRAGMENT_BUILDER::ASSET_FRAGMENT_BUILDER(QString const& id) : id_(id) {
@@ -26,6 +28,7 @@ struct ASSET_GRAPH::STATE {
     QHash<QString, QString> owners;
     QHash<QString, QString> packages;
     QSet<QString> textures;
+    QVector<CHANGE> changes;
 };
 
 ASSET_GRAPH::ASSET_GRAPH() : state_(std::make_unique<STATE>()) {
@@ -34,38 +37,60 @@ ASSET_GRAPH::ASSET_GRAPH() : state_(std::make_unique<STATE>()) {
 ASSET_GRAPH::~ASSET_GRAPH() = default;
 
 bool ASSET_GRAPH::add(ASSET_FRAGMENT_BUILDER const& builder, QString& error) {
+    CHANGE const change = {builder.id(), builder.fragments(), builder.dependencies()};
     QMutexLocker const lock(&state_->mutex);
+    if (!take_in(change, error))
+        return false;
+    state_->changes.append(change);
+    return true;
+}
+
+bool ASSET_GRAPH::repeat(CHANGE const& change, QString& error) {
+    QMutexLocker const lock(&state_->mutex);
+    if (!change.id.isEmpty())
+        return take_in(change, error);
+    for (auto const& fragment : change.fragments)
+        state_->packages.insert(fragment.name, fragment.package);
+    return true;
+}
+
+QVector<ASSET_GRAPH::CHANGE> ASSET_GRAPH::take_changes() {
+    QMutexLocker const lock(&state_->mutex);
+    return std::exchange(state_->changes, {});
+}
+
+bool ASSET_GRAPH::take_in(CHANGE const& change, QString& error) {
     QSet<QString> names;
-    for (auto const& fragment : builder.fragments()) {
+    for (auto const& fragment : change.fragments) {
         if (fragment.name.isEmpty()) {
-            error = QStringLiteral("%1: an asset-graph fragment has no name").arg(builder.id());
+            error = QStringLiteral("%1: an asset-graph fragment has no name").arg(change.id);
             return false;
         }
         auto const owner = state_->owners.constFind(fragment.name);
-        if (owner != state_->owners.constEnd() && *owner != builder.id()) {
+        if (owner != state_->owners.constEnd() && *owner != change.id) {
             error = QStringLiteral("%1: the asset-graph fragment '%2' already stands in %3")
-                        .arg(builder.id(), fragment.name, *owner);
+                        .arg(change.id, fragment.name, *owner);
             return false;
         }
         names.insert(fragment.name);
     }
-    for (auto const& dependency : builder.dependencies()) {
+    for (auto const& dependency : change.dependencies) {
         if (!names.contains(dependency.fragment)) {
             error = QStringLiteral("%1: a dependency on '%2' belongs to the unknown fragment '%3'")
-                        .arg(builder.id(), dependency.needs, dependency.fragment);
+                        .arg(change.id, dependency.needs, dependency.fragment);
             return false;
         }
     }
     for (auto owner = state_->owners.begin(); owner != state_->owners.end();) {
-        if (*owner == builder.id()) {
+        if (*owner == change.id) {
             state_->packages.remove(owner.key());
             owner = state_->owners.erase(owner);
         } else {
             ++owner;
         }
     }
-    for (auto const& fragment : builder.fragments()) {
-        state_->owners.insert(fragment.name, builder.id());
+    for (auto const& fragment : change.fragments) {
+        state_->owners.insert(fragment.name, change.id);
         state_->packages.insert(fragment.name, fragment.package);
     }
     return true;
@@ -89,6 +114,7 @@ QHash<QString, QString> ASSET_GRAPH::packages() const {
 void ASSET_GRAPH::set_package(QString const& fragment, QString const& package) {
     QMutexLocker const lock(&state_->mutex);
     state_->packages.insert(fragment, package);
+    state_->changes.append({{}, {{fragment, {}, package}}, {}});
 }
 
 }  // namespace QTSHARED

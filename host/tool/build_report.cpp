@@ -25,9 +25,11 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
     ++finished_;
     bool const failed = result.status == ACTION_RESULT::STATUS::failed;
     bool const has_block = failed || result.made_no_file || says_more_than_done(result.lines) ||
-                           console_.verbosity() == VERBOSITY::verbose;
+                           !result.library_lines.isEmpty() || console_.verbosity() == VERBOSITY::verbose;
     if (failed) {
-        QString cause = result.lines.isEmpty() ? QStringLiteral("failed without a word") : result.lines.first();
+        QString cause = !result.killed_by.isEmpty() ? result.killed_by
+                        : result.lines.isEmpty()    ? QStringLiteral("failed without a word")
+                                                    : result.lines.first();
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
         failures_.push_back({planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
@@ -42,7 +44,7 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
         status = console_.paint(COLOR::yellow, QStringLiteral("interrupted"));
     QString block = QStringLiteral("[%1/%2] %3: %4").arg(finished_).arg(total_).arg(status, planned.name);
     if (has_block)
-        for (QString const& line : result.lines)
+        for (QString const& line : result.library_lines + result.lines)
             block += QStringLiteral("\n") + line;
     console_.message(block);
 }

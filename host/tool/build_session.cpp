@@ -27,6 +27,8 @@ EXIT_CODE BUILD_SESSION::report(framework::DIAGNOSTICS const& diagnostics) const
 }
 
 EXIT_CODE BUILD_SESSION::open_project() {
+    if (project_)
+        return EXIT_CODE::success;
     QString file;
     if (options_.directory.empty()) {
         file = framework::find_project_file(QDir::currentPath());

@@ -23,7 +23,7 @@ public:
     BUILD_SESSION& operator=(BUILD_SESSION const&) = delete;
     ~BUILD_SESSION();
 
-    /// Finds and reads the project file and sets the data roots.
+    /// Finds and reads the project file and sets the data roots. Further calls do nothing.
     EXIT_CODE open_project();
     EXIT_CODE load_plugin();
     /// All stages. Afterwards everything below is there.

@@ -1,5 +1,6 @@
 // zab clean: removes what a build makes: the targets of the current plan, and the build state.
 #include "host/tool/planner.hpp"
+#include "host/tool/project_lock.hpp"
 #include "host/tool/target_guard.hpp"
 
 #include <CLI/CLI.hpp>
@@ -21,7 +22,14 @@ public:
     }
 
     EXIT_CODE run(CONTEXT& context) override {
+        PROJECT_LOCK lock;
         BUILD_SESSION session(context);
+        if (EXIT_CODE const code = session.open_project(); code != EXIT_CODE::success)
+            return code;
+        // Where there is no state, no build runs.
+        if (!dry_run_ && QFileInfo::exists(session.project().state_folder))
+            if (EXIT_CODE const code = open_exclusively(context, session, true, lock); code != EXIT_CODE::success)
+                return code;
         if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
             return code;
         PLAN const plan = make_plan(session);

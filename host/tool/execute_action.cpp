@@ -10,8 +10,12 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <vector>
+
+#include <unistd.h>
 
 namespace tool {
 
@@ -35,9 +39,21 @@ std::vector<FILE_STATE> target_states(PLANNED_ACTION const& planned) {
     return states;
 }
 
+/// Why no file can be made in the folder, or in the nearest one above it that exists; nothing when one can.
+std::optional<QString> why_unwritable(QString folder) {
+    while (!QFileInfo::exists(folder) && QFileInfo(folder).path() != folder)
+        folder = QFileInfo(folder).path();
+    if (access(QFile::encodeName(folder).constData(), W_OK | X_OK) == 0)
+        return {};
+    return QStringLiteral("The target folder %1 cannot be written: %2")
+        .arg(folder, QString::fromLocal8Bit(std::strerror(errno)));
+}
+
 /// Opens the targets in version control. Nothing, or why one cannot be written.
 std::optional<QString> prepare_targets(PLANNED_ACTION const& planned) {
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
+        if (auto refusal = why_unwritable(QFileInfo(target.physical_path.text()).path()))
+            return refusal;
         if (auto refusal = framework::VERSION_CONTROL::current().prepare_write(target.physical_path))
             return refusal;
     }
@@ -107,10 +123,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     }
     // An action with an error never touched its targets, and its announced ones may be another's.
     if (planned.state == PLANNED_ACTION::STATE::run) {
-        remove_targets(planned);
-        if (planned.action->revert_target_files_if_failed())
-            for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-                framework::VERSION_CONTROL::current().revert(target.physical_path);
+        take_back_targets(planned);
         for (LOGICAL_PATH const& source : planned.sources) {
             result.diagnosis = why_unreadable(PATHS::physical_path(source));
             if (!result.diagnosis.isEmpty())
@@ -127,9 +140,12 @@ ACTION_RESULT fail_action(QString const& reason, std::function<void(QString cons
     return result;
 }
 
-void remove_targets(PLANNED_ACTION const& planned) {
+void take_back_targets(PLANNED_ACTION const& planned) {
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
         QFile::remove(target.physical_path);
+    if (planned.action->revert_target_files_if_failed())
+        for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+            framework::VERSION_CONTROL::current().revert(target.physical_path);
 }
 
 }  // namespace tool

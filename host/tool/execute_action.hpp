@@ -19,6 +19,10 @@ struct ACTION_RESULT {
     QStringList lines;
     /// What the tool finds out about the cause of a failure by itself; may be empty.
     QString diagnosis;
+    /// What ended the action from outside, in half a sentence; empty when it ended by itself.
+    QString killed_by;
+    /// What libraries wrote past the action, straight to standard error or standard output.
+    QStringList library_lines;
     std::int64_t milliseconds = 0;
     /// Of the whole process, while the action ran.
     std::optional<std::uint64_t> peak_bytes;
@@ -31,7 +35,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
 /// The result of an action that is not run, for this reason.
 ACTION_RESULT fail_action(QString const& reason, std::function<void(QString const&)> const& line);
 
-/// Removes whatever of the action's targets there is.
-void remove_targets(PLANNED_ACTION const& planned);
+/// Removes whatever of a failed action's targets there is, or brings back the versions that version control knows.
+void take_back_targets(PLANNED_ACTION const& planned);
 
 }  // namespace tool

@@ -112,9 +112,16 @@ public:
     int progress_max() const { return progress_max_; }
     /// Called with every line as it is added, on the action's thread.
     void set_line_listener(std::function<void(QString const&)> listener) { listener_ = std::move(listener); }
+    /// Called with the path of every file that the action is going to write besides its announced targets.
+    void set_working_file_listener(std::function<void(PHYSICAL_PATH const&)> listener) {
+        working_file_listener_ = std::move(listener);
+    }
 
 protected:
     void add_output_line(QString const& line);
+    /// Tells the host of a file that is no announced target and that the action is about to write, so that it does not
+    /// stay behind when the process ends in the middle.
+    void announce_working_file(PHYSICAL_PATH const& file);
     bool is_aborted() const { return aborted_; }
     void set_progress_value(int progress) { progress_ = progress; }
 
@@ -129,6 +136,7 @@ private:
     QVector<DEPENDENCY> dependencies_;
     QVector<REGISTERED_FILE> registered_;
     std::function<void(QString const&)> listener_;
+    std::function<void(PHYSICAL_PATH const&)> working_file_listener_;
     bool version_control_failed_ = false;
     std::atomic<int> progress_max_{0};
     std::atomic<int> progress_{0};
