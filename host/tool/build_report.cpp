@@ -1,5 +1,7 @@
 #include "host/tool/build_report.hpp"
 
+#include <algorithm>
+
 namespace tool {
 
 namespace {
@@ -32,7 +34,8 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
                                                     : result.lines.first();
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
-        failures_.push_back({planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
+        failures_.push_back(
+            {planned.id, planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
     }
     if (console_.verbosity() == VERBOSITY::quiet ? !failed : console_.error_is_terminal() && !has_block)
         return;
@@ -51,6 +54,9 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
 
 void BUILD_REPORT::run_finished(RUN_COUNTS const& counts) {
     if (!failures_.empty()) {
+        // Actions end in the order that chance gives; the list is the same each time.
+        std::sort(failures_.begin(), failures_.end(),
+                  [](FAILURE const& left, FAILURE const& right) { return left.id < right.id; });
         QString list = console_.paint(COLOR::red, QStringLiteral("Failed:"));
         for (FAILURE const& failure : failures_)
             list += QStringLiteral("\n  %1: %2").arg(failure.file, failure.cause);

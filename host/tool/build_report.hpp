@@ -18,6 +18,7 @@ public:
 
 private:
     struct FAILURE {
+        int id;
         QString file;
         QString cause;
     };

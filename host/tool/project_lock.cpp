@@ -4,11 +4,11 @@
 #include "host/tool/interrupt.hpp"
 #include "host/tool/target_guard.hpp"
 
-#include <QDir>
 #include <QFile>
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -54,13 +54,20 @@ EXIT_CODE PROJECT_LOCK::acquire(QString const& state_folder, bool waits, CONSOLE
     bool said = false;
     while (true) {
         if (descriptor_ < 0) {
-            QDir().mkpath(state_folder);
-            descriptor_ = open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-        }
-        if (descriptor_ < 0) {
-            console.error(
-                QStringLiteral("the build state cannot be kept in %1: %2").arg(CONSOLE::shown(state_folder), cause()));
-            return EXIT_CODE::environment;
+            std::error_code error;
+            std::filesystem::create_directories(QFile::encodeName(state_folder).constData(), error);
+            if (!error) {
+                descriptor_ = open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+                error.assign(descriptor_ < 0 ? errno : 0, std::generic_category());
+            }
+            // Whoever cleaned the project may have taken the folder away between the two.
+            if (error == std::errc::no_such_file_or_directory)
+                continue;
+            if (error) {
+                console.error(QStringLiteral("the build state cannot be kept in %1: %2")
+                                  .arg(CONSOLE::shown(state_folder), QString::fromStdString(error.message())));
+                return EXIT_CODE::environment;
+            }
         }
         if (flock(descriptor_, LOCK_EX | LOCK_NB) == 0) {
             if (is_same_file(descriptor_, path))

@@ -106,7 +106,7 @@ class Build(ProjectTest):
             for changing in ("milliseconds", "peak_bytes"):
                 self.assertGreaterEqual(event.pop(changing, 0), 0)
         name, failed = "Convert texture (ui/b.tga)", "Convert texture (ui/ab.tga)"
-        finished = {"event": "action_finished", "made_no_file": False}
+        finished = {"event": "action_finished", "made_no_file": False, "killed_by": None}
         self.maxDiff = None
         self.assertEqual(events, [
             {"event": "run_started", "version": 1, "actions": 2},
