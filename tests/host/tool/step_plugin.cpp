@@ -101,11 +101,13 @@ public:
                 return STATUS_FAILED;
             if (order == "alone" && !is_alone(argument))
                 return STATUS_FAILED;
-            if (order == "stay" || order == "deaf")
-                while (order == "deaf" || !is_aborted())
+            while (order == "deaf")
+                pause(5);
+            if (order == "stay") {
+                while (!is_aborted())
                     pause(5);
-            if (is_aborted())
                 return STATUS_FAILED;
+            }
             if (order == "signal")
                 std::raise(argument.toInt());
             if (order == "exit")

@@ -2,10 +2,7 @@
 
 import json
 import os
-import pty
-import signal
 import subprocess
-import time
 import unittest
 
 from command_line import PLUGIN, RULE, ZAB, ProjectTest, tga
@@ -129,46 +126,6 @@ class Build(ProjectTest):
             run = subprocess.run([os.path.abspath(ZAB), "--plugin", PLUGIN, "rules"], stdout=full, stderr=subprocess.PIPE)
         self.assertEqual((run.returncode, run.stderr), (3, b"zab: error: the results could not be written to standard "
                                                            b"output\n"))
-
-
-class Interrupted(ProjectTest):
-    def start(self, side, **options):
-        image = tga(side, side)
-        self.write({"zab.toml": RULE.replace("rgba", "dxt5"), **{f"raw_data/{i:02}.tga": image for i in range(30)}})
-        return subprocess.Popen([os.path.abspath(ZAB), "--plugin", PLUGIN, "build"], cwd=self.folder, **options)
-
-    def test_what_is_done_is_kept_and_nothing_is_half_written(self):
-        build = self.start(256, stderr=subprocess.PIPE)
-        first = build.stderr.readline()
-        self.assertTrue(first.startswith(b"[1/30] done: "), first)
-        build.send_signal(signal.SIGINT)
-        err = build.stderr.read().decode()
-        build.stderr.close()
-        self.assertEqual(build.wait(timeout=60), 130, err)
-        self.assertRegex(err.splitlines()[-1], r"^Interrupted: \d+ built, 0 failed, \d+ not run in ")
-        sizes = {(self.folder / "working_data" / name).stat().st_size for name in self.files()}
-        self.assertEqual(len(sizes), 1)
-
-    def test_a_terminal_gets_one_line_at_most_ten_times_a_second(self):
-        master, slave = pty.openpty()
-        begin = time.monotonic()
-        build = self.start(128, stderr=slave, env={"TERM": "xterm", "NO_COLOR": "1", "PATH": "/bin"})
-        os.close(slave)
-        seen = b""
-        while True:
-            try:
-                chunk = os.read(master, 65536)
-            except OSError:
-                break
-            if not chunk:
-                break
-            seen += chunk
-        os.close(master)
-        self.assertEqual(build.wait(timeout=60), 0)
-        drawn = seen.count(b"\r\x1b[K[")
-        self.assertGreater(drawn, 2)
-        self.assertLessEqual(drawn, (time.monotonic() - begin) * 10 + 2)
-        self.assertRegex(seen.split(b"\r\x1b[K")[-1], rb"^30 built, 0 failed in \d+\.\d s\r\n$")
 
 
 class Questions(ProjectTest):

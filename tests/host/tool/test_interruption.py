@@ -28,7 +28,7 @@ class Interrupted(StepTest):
         for order, signals in (("stay", [signal.SIGINT]), ("deaf", [signal.SIGTERM]), ("deaf", [signal.SIGINT] * 2)):
             with self.subTest(order=order, signals=signals):
                 self.setUp()
-                self.prepare({"a": "makes a", "b": f"after a\nmakes b\nscratch s\n{order}", "c": "after b\nmakes c"})
+                self.prepare({"a": "makes a", "b": f"after a\nscratch s\nmakes b\n{order}", "c": "after b\nmakes c"})
                 build = self.start()
                 while "b" not in self.files():
                     time.sleep(0.01)
@@ -42,6 +42,20 @@ class Interrupted(StepTest):
                 self.assertEqual(err.splitlines()[-2:][0], "[2/3] interrupted: b")
                 self.assertRegex(err.splitlines()[-1], r"^Interrupted: 1 built, 0 failed, 2 not run in ")
                 self.assertEqual(self.files(), ["a"])
+
+
+    def test_what_is_done_is_kept(self):
+        self.write({"zab.toml": RULE.replace("rgba", "dxt5"), **{f"raw_data/{i:02}.tga": tga(256, 256) for i in range(30)}})
+        build = subprocess.Popen([os.path.abspath(ZAB), "--plugin", PLUGIN, "build"], cwd=self.folder, text=True,
+                                 stderr=subprocess.PIPE)
+        first = build.stderr.readline()
+        self.assertTrue(first.startswith("[1/30] done: "), first)
+        build.send_signal(signal.SIGINT)
+        err = build.communicate(timeout=60)[1]
+        self.assertEqual(build.returncode, 130, err)
+        self.assertRegex(err.splitlines()[-1], r"^Interrupted: \d+ built, 0 failed, \d+ not run in ")
+        sizes = {(self.folder / "working_data" / name).stat().st_size for name in self.files()}
+        self.assertEqual(len(sizes), 1)
 
 
 class RandomMoments(ProjectTest):
