@@ -50,7 +50,7 @@ class ProjectTest(unittest.TestCase):
     def zab(self, *arguments, folder=".", user=None, environment=None):
         """Exit status, standard output and standard error, the project's folder in them written as "@". A build runs one
         action at a time, so that lines come in one order, unless a test says otherwise."""
-        if "build" in arguments and not any(str(argument).startswith("-j") for argument in arguments):
+        if "build" in arguments and "help" not in arguments and not any(str(argument).startswith("-j") for argument in arguments):
             place = arguments.index("build") + 1
             arguments = (*arguments[:place], "-j1", *arguments[place:])
         plugin = [] if "--plugin" in arguments else ["--plugin", PLUGIN]

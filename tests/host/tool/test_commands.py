@@ -2,6 +2,9 @@
 
 import json
 import os
+import re
+import shlex
+import shutil
 import subprocess
 import unittest
 
@@ -180,6 +183,57 @@ class Questions(ProjectTest):
         self.write({"new/one/raw_data/x/y.tga": tga(4, 4)})
         self.check(["-C", "new/one", "build", "-q"], 0, "", "")
         self.assertEqual(self.files("new/one/working_data"), ["textures/x/y.dds"])
+
+
+class Surface(ProjectTest):
+    """The manual page and the completions tell of the options that there are, and of no others."""
+
+    OPTION = re.compile(r"(?<![\w-])(--?[A-Za-z][\w-]*)")
+
+    def options_in_help(self, *command):
+        _, text, _ = self.check(["help", *command], 0)
+        return {name for line in text.splitlines() if line.startswith("  -") for name in self.OPTION.findall(line[:30])}
+
+    def script(self, shell):
+        return self.check(["help", "--completions", shell], 0, err="")[1]
+
+    def completed(self, *words):
+        (self.folder / "zab.bash").write_text(self.script("bash"))
+        run = subprocess.run(["bash", "--norc", "-c", f"source ./zab.bash; COMP_WORDS=({shlex.join(words)}); "
+                              f"COMP_CWORD={len(words) - 1}; _zab; printf '%s\\n' \"${{COMPREPLY[@]}}\""],
+                             cwd=self.folder, capture_output=True, text=True)
+        self.assertEqual(run.stderr, "")
+        return set(run.stdout.split())
+
+    def test_completions(self):
+        common = self.options_in_help()
+        commands = self.completed("zab", "")
+        self.assertLessEqual({"build", "plan", "help"}, commands)
+        scripts = {shell: self.script(shell) for shell in ("zsh", "fish")}
+        for command in commands:
+            own = self.options_in_help(command)
+            self.assertEqual(self.completed("zab", "-q", command, "-"), own | common)
+            page = self.check(["help", "--man"], 0, err="")[1].replace("\\-", "-")
+            section = re.split(r"^\.S[SH] ", page.split(f".SS {command}\n")[1], flags=re.M)[0]
+            self.assertEqual(set(re.findall(r"\\fB(-[\w-]+)\\fR", section)), own - {"-h", "--help"})
+            zsh = scripts["zsh"].split(f"        {command}) ")[1].split(";;")[0]
+            self.assertEqual(set(re.findall(r"'\*(-[\w-]+)\[", zsh)), own)
+            fish = [line for line in scripts["fish"].splitlines() if f"__fish_seen_subcommand_from {command}' -" in line]
+            self.assertEqual({name for line in fish for short, long in re.findall(r" -s (\w)| -l ([\w-]+)", line)
+                              for name in (["-" + short] if short else ["--" + long])}, own)
+        self.write({"here/x": "", "file": ""})
+        for words, answer in ((("zab", "--color", "a"), {"always", "auto"}), (("zab", "help", "pl"), {"plan"}),
+                              (("zab", "build", "--dr"), {"--dry-run"}), (("zab", "-C", "h"), {"here"}),
+                              (("zab", "info", "fi"), {"file"}), (("zab", "build", "--timeout", ""), set())):
+            self.assertEqual(self.completed(*words), answer, words)
+        self.check(["help", "--completions", "tcsh"], 2, "")
+
+    def test_the_shells_and_man_take_them(self):
+        for program, arguments, text in (("zsh", ["-n"], self.script("zsh")), ("fish", ["-n"], self.script("fish")),
+                                         ("groff", ["-man", "-ww", "-Tutf8"], self.check(["help", "--man"], 0)[1])):
+            if shutil.which(program):
+                run = subprocess.run([program, *arguments, "/dev/stdin"], input=text, capture_output=True, text=True)
+                self.assertEqual((run.returncode, run.stderr), (0, ""), program)
 
 
 class Pictures(ProjectTest):
