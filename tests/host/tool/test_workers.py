@@ -132,6 +132,16 @@ class SideBySide(StepTest):
 
 
 class Surroundings(StepTest):
+    def test_workers_share_the_index_of_git(self):
+        git = {"GIT_CONFIG_NOSYSTEM": "1"}
+        self.write({"zab.toml": RULE + '[version_control]\nkind = "git"\n',
+                    **{f"raw_data/{i}.tga": tga(4, 4) for i in range(40)}})
+        subprocess.run(["git", "init", "-q"], cwd=self.folder, check=True, env={**os.environ, **git})
+        status, _, err = self.zab("build", "-j2", environment=git)
+        self.assertEqual(status, 0, err)
+        staged = subprocess.run(["git", "ls-files", "working_data"], cwd=self.folder, capture_output=True, text=True)
+        self.assertEqual(len(staged.stdout.split()), 40)
+
     def test_the_second_build_waits_or_says_so(self):
         self.prepare({"a": "makes a\nstay"})
         first = self.start()
