@@ -118,7 +118,8 @@ private:
         if (counts.failed > 0) {
             for (QString const& folder : {session.project().working, session.project().state_folder}) {
                 QStorageInfo const disk(folder);
-                if (disk.isValid() && disk.bytesAvailable() < full_disk) {
+                bool const lacks_room = folder == session.project().working && counts.disk_full;
+                if (lacks_room || (disk.isValid() && disk.bytesAvailable() < full_disk)) {
                     console.error(QStringLiteral("the disk that holds %1 is full").arg(folder));
                     return EXIT_CODE::environment;
                 }

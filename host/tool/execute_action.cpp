@@ -2,6 +2,7 @@
 
 #include "host/framework/version_control.hpp"
 #include "host/tool/failure_cause.hpp"
+#include "host/tool/memory_estimate.hpp"
 #include "host/tool/peak_memory.hpp"
 #include "processor/host/paths.hpp"
 
@@ -9,7 +10,9 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QStorageInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
@@ -74,6 +77,22 @@ QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STATE> con
     return {};
 }
 
+// Actions that cannot write say so in fixed words, and what they wrote is gone again when the disk is looked at. So it
+// is compared with what they had to write: four bits a texel for the smallest target, 32 and the levels for the
+// largest.
+void look_at_disk(PLANNED_ACTION const& planned, ACTION_RESULT& result) {
+    std::uint64_t texels = 0;
+    for (LOGICAL_PATH const& source : planned.sources)
+        texels = std::max(texels, announced_texels(PATHS::physical_path(source)).value_or(0));
+    QStorageInfo const disk(PATHS::working_data().text());
+    if (!disk.isValid() || texels == 0)
+        return;
+    auto const left = static_cast<std::uint64_t>(disk.bytesAvailable());
+    if (left / 16 < texels / 3)
+        result.diagnosis = QStringLiteral("the disk has only %1 KB left").arg(left / 1024);
+    result.disk_full = left < texels / 2;
+}
+
 ACTION_INTERFACE::STATUS run(PLANNED_ACTION const& planned, FILE_MAP const& files, RULE_CACHE const& rules,
                              QString& thrown) {
     try {
@@ -129,6 +148,8 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
             if (!result.diagnosis.isEmpty())
                 break;
         }
+        if (result.diagnosis.isEmpty())
+            look_at_disk(planned, result);
     }
     return result;
 }

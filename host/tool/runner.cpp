@@ -331,6 +331,7 @@ private:
         counts_.succeeded += succeeded ? 1 : 0;
         counts_.made_no_file += result.made_no_file ? 1 : 0;
         counts_.failed += result.status == ACTION_RESULT::STATUS::failed ? 1 : 0;
+        counts_.disk_full = counts_.disk_full || result.disk_full;
         counts_.not_run += result.status == ACTION_RESULT::STATUS::interrupted ? 1 : 0;
         tell([&](RUN_OBSERVER& observer) { observer.action_finished(planned, result); });
     }

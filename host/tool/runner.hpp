@@ -18,6 +18,8 @@ struct RUN_COUNTS {
     /// Left over by an interruption or after the first failure.
     std::size_t not_run = 0;
     bool interrupted = false;
+    /// An action failed for want of room on the disk.
+    bool disk_full = false;
     std::int64_t milliseconds = 0;
 };
 

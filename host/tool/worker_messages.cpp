@@ -46,8 +46,8 @@ constexpr QDataStream::Version stream_version = QDataStream::Qt_5_0;
 constexpr int length_bytes = 4;
 
 QDataStream& operator<<(QDataStream& stream, ACTION_RESULT const& result) {
-    stream << static_cast<quint8>(result.status) << result.made_no_file << result.lines << result.diagnosis
-           << static_cast<qint64>(result.milliseconds) << result.peak_bytes.has_value();
+    stream << static_cast<quint8>(result.status) << result.made_no_file << result.disk_full << result.lines
+           << result.diagnosis << static_cast<qint64>(result.milliseconds) << result.peak_bytes.has_value();
     return stream << static_cast<quint64>(result.peak_bytes.value_or(0));
 }
 
@@ -56,7 +56,8 @@ QDataStream& operator>>(QDataStream& stream, ACTION_RESULT& result) {
     qint64 milliseconds = 0;
     bool has_peak = false;
     quint64 peak = 0;
-    stream >> status >> result.made_no_file >> result.lines >> result.diagnosis >> milliseconds >> has_peak >> peak;
+    stream >> status >> result.made_no_file >> result.disk_full >> result.lines >> result.diagnosis >> milliseconds >>
+        has_peak >> peak;
     result.status = static_cast<ACTION_RESULT::STATUS>(status);
     result.milliseconds = milliseconds;
     if (has_peak)
