@@ -56,10 +56,10 @@ class Terminal(StepTest):
         self.assertGreater(len(lines), 2, seen)
         self.assertLessEqual(len(lines), seconds * 10 + 2)
         for line in lines:
-            self.assertRegex(line, r"\A\[\d/4\] ")
+            self.assertRegex(line, r"\A\[\d/4\]( |\Z)")
             self.assertLessEqual(columns(line), 39, line)
             self.assertNotIn("\x1b", line)
-        self.assertIn("...", lines[0])
+        self.assertTrue(any(line.endswith("...") for line in lines), lines)
         # Each action's block is whole, and what comes last is the list and the summary, with no progress line behind.
         for i, name in enumerate(names):
             self.assertIn(f"{name}\r\nof {i}\r\n", seen)
