@@ -63,7 +63,7 @@ class Terminal(StepTest):
         # Each action's block is whole, and what comes last is the list and the summary, with no progress line behind.
         for i, name in enumerate(names):
             self.assertIn(f"{name}\r\nof {i}\r\n", seen)
-        self.assertRegex(pieces[-1], r"\r\nFailed:\r\n  raw_data/four.step: of 3\r\n3 built, 1 failed in \d\.\d s\r\n\Z")
+        self.assertRegex(pieces[-1], r"(\A|\n)Failed:\r\n  raw_data/four.step: of 3\r\n3 built, 1 failed in \d\.\d s\r\n\Z")
 
     def test_colour(self):
         self.prepare({"a": "sleep 150\nsay x\nmakes a"})
