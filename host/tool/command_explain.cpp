@@ -1,7 +1,7 @@
 // zab explain PATH: the rules that hold for one file, each value with the place that it comes from, and the actions
 // that read or make the file.
-#include "host/tool/planner.hpp"
-
+#include "host/tool/build_state.hpp"
+#include "host/tool/rule_value_text.hpp"
 #include "processor/host/paths.hpp"
 
 #include <CLI/CLI.hpp>
@@ -13,21 +13,6 @@
 namespace tool {
 
 namespace {
-
-// The value as it would stand in a rule file.
-QString as_written(QVariant const& value) {
-    switch (value.type()) {
-    case QVariant::String:
-        return u'"' + value.toString().replace(u'\\', QStringLiteral("\\\\")).replace(u'"', QStringLiteral("\\\"")) +
-               u'"';
-    case QVariant::Double: {
-        QString const text = QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
-        return text.contains(u'.') || text.contains(u'e') ? text : text + QStringLiteral(".0");
-    }
-    default:
-        return value.toString();
-    }
-}
 
 class COMMAND_EXPLAIN : public COMMAND {
 public:
