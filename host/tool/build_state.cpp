@@ -384,8 +384,9 @@ void BUILD_STATE::settle(bool wait) {
 
 void BUILD_STATE::finish() {
     settle(true);
-    for (STATE_STORE::RECORD const& library : new_libraries_)
-        store_.put(TABLE::libraries, library.id, library.key, library.content);
+    if (!rows_.empty())
+        for (STATE_STORE::RECORD const& library : new_libraries_)
+            store_.put(TABLE::libraries, library.id, library.key, library.content);
     new_libraries_.clear();
     drop_what_is_gone();
     drop_unused_settings();
@@ -469,14 +470,23 @@ std::vector<BUILD_STATE::STALE_TARGET> BUILD_STATE::stale_targets() {
     return stale;
 }
 
-void BUILD_STATE::forget_stale_targets() {
-    for (STATE_STORE::RECORD const& record : leftovers_)
-        store_.erase(TABLE::leftovers, record.id);
-    leftovers_.clear();
-    for (ROW const& row : rows_)
-        if (!row.is_claimed)
-            store_.erase(TABLE::actions, row.id);
-    store_.commit();
+std::vector<LOGICAL_PATH> BUILD_STATE::known_targets() {
+    std::vector<LOGICAL_PATH> targets;
+    for (STALE_TARGET const& stale : stale_targets())
+        targets.push_back(stale.path);
+    for (ROW const& row : rows_) {
+        std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content);
+        if (!action || !row.is_claimed)
+            continue;
+        for (std::size_t i = action->announced_targets; i < action->targets.size(); ++i) {
+            RECORDED_FILE const& target = action->targets[i];
+            FILE_CONTENTS const now = looker_.look(physical(target.path), target.contents);
+            if (now.exists && now.hash == target.contents.hash)
+                targets.emplace_back(target.path);
+        }
+    }
+    std::sort(targets.begin(), targets.end());
+    return targets;
 }
 
 }  // namespace tool

@@ -44,8 +44,9 @@ public:
     };
     /// Files that are as an action made them and that no action makes now, sorted. Asked for before or after a build.
     std::vector<STALE_TARGET> stale_targets();
-    /// They were removed.
-    void forget_stale_targets();
+    /// Every file that is as an action left it, beyond what actions announce: stale ones, and those that were only
+    /// registered. Sorted.
+    std::vector<LOGICAL_PATH> known_targets();
 
 private:
     struct ROW {
