@@ -90,8 +90,8 @@ PHYSICAL_PATH ACTION_CONVERT::get_target() const {
     return PHYSICAL_PATH(target_folder_ + QLatin1Char('/') + target_base_name_ + target_extension_);
 }
 
-void ACTION_CONVERT::get_affected_files(QVector<LOGICAL_PATH>& sources, QVector<TARGET_FILE>& targets,
-                                        QDateTime&, FILE_MAP const& files, RULE_CACHE const&) {
+void ACTION_CONVERT::get_affected_files(QVector<LOGICAL_PATH>& sources, QVector<TARGET_FILE>& targets, QDateTime&,
+                                        FILE_MAP const& files, RULE_CACHE const&) {
     // This host goes by contents: the time stamps of many thousand files would be asked for in vain.
     get_source_files(sources, files);
     PHYSICAL_PATH const target = get_target();

@@ -28,6 +28,12 @@ void tidy(std::vector<LOOK_UP>& look_ups) {
 
 }  // namespace
 
+bool is_same_value(QVariant const& left, QVariant const& right) {
+    if (left.userType() != right.userType())
+        return false;
+    return left.type() == QVariant::Double ? left.toDouble() == right.toDouble() : left == right;
+}
+
 READ_LISTENER::READ_LISTENER() : former_(s_listener) {
     s_listener = this;
 }

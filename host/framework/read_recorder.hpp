@@ -14,6 +14,9 @@
 
 namespace framework {
 
+/// Of one type and equal. QVariant's own comparison takes "1" for 1, and numbers that are nearly equal for equal.
+ZAB_SHARED_API bool is_same_value(QVariant const& left, QVariant const& right);
+
 struct RULE_READ {
     /// Logical; empty for a global rule.
     QString path;
@@ -22,16 +25,12 @@ struct RULE_READ {
     QString property;
     /// Invalid when the property was not set.
     QVariant value;
-
-    friend bool operator==(RULE_READ const&, RULE_READ const&) = default;
 };
 
 /// The question whether something is known by this logical path, and the answer.
 struct LOOK_UP {
     QString path;
     bool found = false;
-
-    friend bool operator==(LOOK_UP const&, LOOK_UP const&) = default;
 };
 
 /// What an action did to the asset graph, in order. It is done again when the action itself need not run.

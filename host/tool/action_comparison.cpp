@@ -40,8 +40,7 @@ QString kind_of(ACTION_INTERFACE const& action) {
     return QString::fromLatin1(typeid(action).name());
 }
 
-ACTION_COMPARISON::CHANGE ACTION_COMPARISON::compare(QString const& path, FILE_CONTENTS& recorded,
-                                                     bool& is_refreshed) {
+ACTION_COMPARISON::CHANGE ACTION_COMPARISON::compare(QString const& path, FILE_CONTENTS& recorded, bool& is_refreshed) {
     FILE_CONTENTS const now = looker_.look(path, recorded);
     if (now.exists != recorded.exists)
         return now.exists ? CHANGE::appeared : CHANGE::removed;
@@ -101,9 +100,9 @@ std::optional<QString> ACTION_COMPARISON::answer_change(RECORDED_ACTION& recorde
     }
     for (framework::LOOK_UP const& look_up : recorded.textures)
         if (session_.asset_graph().has_texture(look_up.path) != look_up.found)
-            return QStringLiteral("the texture %1 is %2 made").arg(shown_file(LOGICAL_PATH(look_up.path)),
-                                                        look_up.found ? QStringLiteral("no longer")
-                                                                      : QStringLiteral("now"));
+            return QStringLiteral("the texture %1 is %2 made")
+                .arg(shown_file(LOGICAL_PATH(look_up.path)),
+                     look_up.found ? QStringLiteral("no longer") : QStringLiteral("now"));
     for (RECORDED_FILE& table : recorded.tables)
         if (compare(session_.project().tables.value(table.path), table.contents, is_refreshed) != CHANGE::none)
             return QStringLiteral("the table %1 changed").arg(table.path);
@@ -114,7 +113,7 @@ std::optional<QString> ACTION_COMPARISON::reason_to_run(PLANNED_ACTION const& pl
                                                         ACTION_SETTING const& setting, bool& is_refreshed) {
     is_refreshed = false;
     if (recorded.has_failed)
-        return QStringLiteral("it failed the last time");
+        return QStringLiteral("failed the last time");
     if (!(setting.plugin == plugin_))
         return QStringLiteral("the plug-in changed");
     if (setting.kind != kind_of(*planned.action))

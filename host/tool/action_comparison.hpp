@@ -1,5 +1,5 @@
-// Why an action has to run: what is no longer as it was when the action was recorded. The one place that says what "up to
-// date" means.
+// Why an action has to run: what is no longer as it was when the action was recorded. The one place that says what "up
+// to date" means.
 #pragma once
 
 #include "host/tool/planner.hpp"

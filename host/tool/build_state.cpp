@@ -132,8 +132,8 @@ void BUILD_STATE::claim(PLAN const& plan) {
     }
 }
 
-// An action with other targets than any recorded one may still be one that is known, and the change of its rules explain
-// the new targets.
+// An action with other targets than any recorded one may still be one that is known, and the change of its rules
+// explain the new targets.
 void BUILD_STATE::find_former(PLAN const& plan) {
     QHash<QString, std::size_t> unclaimed;
     for (std::size_t i = 0; i < rows_.size(); ++i) {
@@ -166,13 +166,13 @@ std::optional<QString> BUILD_STATE::reason_to_run(PLANNED_ACTION const& planned)
         QStringList const targets = lasting_targets(planned);
         auto const there = std::find_if(targets.begin(), targets.end(),
                                         [](QString const& target) { return QFileInfo::exists(physical(target)); });
-        return there == targets.end() ? QStringLiteral("it was never built")
+        return there == targets.end() ? QStringLiteral("never built")
                                       : QStringLiteral("nothing is known of how the target %1 was made")
                                             .arg(shown_file(LOGICAL_PATH(*there)));
     }
     std::optional<RECORDED_ACTION> recorded = to_recorded_action(rows_[*claim.compared].content);
     if (recorded && recorded->has_failed)
-        return QStringLiteral("it failed the last time");
+        return QStringLiteral("failed the last time");
     ACTION_SETTING const* const shared = recorded ? setting(recorded->setting) : nullptr;
     if (!shared)
         return QStringLiteral("the build state is damaged");
@@ -229,8 +229,8 @@ std::vector<RECORDED_FILE> BUILD_STATE::source_contents(PLANNED_ACTION const& pl
         QString const path = PATHS::physical_path(source);
         FILE_STAMP const stamp = stamp_of(path);
         FILE_CONTENTS contents = looker_.look(path);
-        bool const is_sure = i < before.size() && before[i].stamp == stamp &&
-                             (!before[i].hash || *before[i].hash == contents.hash);
+        bool const is_sure =
+            i < before.size() && before[i].stamp == stamp && (!before[i].hash || *before[i].hash == contents.hash);
         // Nothing has this hash, so the source counts as changed next time.
         if (!is_sure)
             contents = {true, {}, {}};
@@ -257,7 +257,9 @@ std::vector<framework::RULE_READ> BUILD_STATE::all_rule_reads(PLANNED_ACTION con
             }
         }
     }
-    auto const question = [](auto const& read) { return std::tie(read.path, read.rule, read.property); };
+    auto const question = [](auto const& read) {
+        return std::tie(read.path, read.rule, read.property);
+    };
     std::sort(all.begin(), all.end(),
               [&](auto const& left, auto const& right) { return question(left) < question(right); });
     all.erase(std::unique(all.begin(), all.end(),
@@ -339,8 +341,8 @@ void BUILD_STATE::write(std::size_t row, RECORDED_ACTION const& action) {
 // Files that the action made before and did not make this time.
 void BUILD_STATE::leave_behind(RECORDED_ACTION const& former, RECORDED_ACTION const& now) {
     for (RECORDED_FILE const& file : former.targets) {
-        bool const is_made =
-            std::any_of(now.targets.begin(), now.targets.end(), [&](auto const& made) { return made.path == file.path; });
+        bool const is_made = std::any_of(now.targets.begin(), now.targets.end(),
+                                         [&](auto const& made) { return made.path == file.path; });
         if (is_made || !file.contents.exists)
             continue;
         leftovers_.push_back({next_id_++, file.path, to_bytes(file.contents)});

@@ -23,8 +23,8 @@ public:
 
     /// Why the action has to run, as things are now; nothing when it is up to date.
     std::optional<QString> reason_to_run(PLANNED_ACTION const& planned);
-    /// For an action that awaited its needs, when they are done: whether it is up to date after all. It is then kept; else
-    /// its reason is set anew.
+    /// For an action that awaited its needs, when they are done: whether it is up to date after all. It is then kept;
+    /// else its reason is set anew.
     bool is_up_to_date_now(PLANNED_ACTION& planned);
     /// The action need not run: what its earlier run told the asset graph is told again.
     void keep(PLANNED_ACTION const& planned);
@@ -80,7 +80,8 @@ private:
     void find_former(PLAN const& plan);
     ACTION_SETTING const* setting(std::int64_t id) const;
     std::int64_t setting_id(ACTION_SETTING const& setting);
-    std::vector<framework::RULE_READ> all_rule_reads(PLANNED_ACTION const& planned, framework::READS const& reads) const;
+    std::vector<framework::RULE_READ> all_rule_reads(PLANNED_ACTION const& planned,
+                                                     framework::READS const& reads) const;
     std::vector<RECORDED_FILE> source_contents(PLANNED_ACTION const& planned);
     void store(PLANNED_ACTION const& planned, RECORDED_ACTION const& action);
     void write(std::size_t row, RECORDED_ACTION const& action);

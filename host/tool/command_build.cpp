@@ -74,10 +74,11 @@ private:
     static void say_what_is_stale(CONSOLE& console, BUILD_STATE& state) {
         std::size_t const count = state.stale_targets().size();
         if (count > 0 && console.verbosity() != VERBOSITY::quiet)
-            console.message(QStringLiteral("%1 of earlier builds that no action makes any more; \"zab clean --stale\" "
-                                           "removes %2")
-                                .arg(count == 1 ? QStringLiteral("1 file is left") : QStringLiteral("%1 files are left").arg(count),
-                                     count == 1 ? QStringLiteral("it") : QStringLiteral("them")));
+            console.message(
+                QStringLiteral("%1 of earlier builds that no action makes any more; \"zab clean --stale\" "
+                               "removes %2")
+                    .arg(count == 1 ? QStringLiteral("1 file is left") : QStringLiteral("%1 files are left").arg(count),
+                         count == 1 ? QStringLiteral("it") : QStringLiteral("them")));
     }
 
     static EXIT_CODE exit_code(CONSOLE& console, BUILD_SESSION const& session, RUN_COUNTS const& counts,

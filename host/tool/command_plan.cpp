@@ -42,9 +42,9 @@ public:
 private:
     static void show(CONSOLE& console, PLAN const& plan, PLANNED_ACTION const& planned) {
         bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
-        QString const state = is_error                                              ? QStringLiteral("error: ") + planned.error
+        QString const state = is_error ? QStringLiteral("error: ") + planned.error
                               : planned.state == PLANNED_ACTION::STATE::up_to_date ? QStringLiteral("up to date")
-                                                                                    : planned.reason;
+                                                                                   : planned.reason;
         console.result(QStringLiteral("%1 %2: %3").arg(planned.id).arg(planned.name, state));
         for (LOGICAL_PATH const& source : planned.sources)
             console.result(QStringLiteral("  reads ") + shown_file(source));

@@ -26,7 +26,7 @@ QJsonArray to_json(PLAN const& plan) {
             depends.append(plan.actions[need.action].id);
         bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
         bool const is_up_to_date = planned.state == PLANNED_ACTION::STATE::up_to_date;
-        QString const state = is_error         ? QStringLiteral("error")
+        QString const state = is_error        ? QStringLiteral("error")
                               : is_up_to_date ? QStringLiteral("up-to-date")
                                               : QStringLiteral("run");
         actions.append(QJsonObject{

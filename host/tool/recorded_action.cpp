@@ -41,7 +41,7 @@ std::vector<framework::RULE_READ> with_source_places(std::vector<framework::RULE
         ANSWERS& known = answers[{read.rule, read.property}];
         if (known.count++ == 0)
             known.first = read.value;
-        known.alike = known.alike && known.first == read.value;
+        known.alike = known.alike && framework::is_same_value(known.first, read.value);
     }
 
     std::vector<framework::RULE_READ> placed;

@@ -19,7 +19,7 @@ QString place(QString const& file, int line) {
 }  // namespace
 
 std::vector<RULE_COMPARISON::QUESTIONS>& RULE_COMPARISON::questions(std::int64_t number,
-                                                                   ACTION_SETTING const& setting) {
+                                                                    ACTION_SETTING const& setting) {
     auto const [entry, is_new] = questions_.try_emplace(number);
     if (is_new) {
         // Sorted by path and rule.
@@ -55,12 +55,12 @@ std::optional<QString> RULE_COMPARISON::difference(RECORDED_ACTION const& action
 }
 
 std::optional<QString> RULE_COMPARISON::difference(QUESTIONS& questions, LOGICAL_PATH const& path) {
-    RULE const rule = path.is_empty() ? session_.rules().get_global(questions.rule)
-                                      : session_.rules().get(path, questions.rule);
+    RULE const rule =
+        path.is_empty() ? session_.rules().get_global(questions.rule) : session_.rules().get(path, questions.rule);
     if (questions.alike == rule.values())
         return {};
     for (framework::RULE_READ const* const read : questions.reads)
-        if (answer(*read, rule) != read->value)
+        if (!framework::is_same_value(answer(*read, rule), read->value))
             return described(*read, rule, path);
     questions.alike = rule.values();
     return {};
@@ -80,9 +80,8 @@ QString RULE_COMPARISON::described(framework::RULE_READ const& read, RULE const&
     if (!value)
         return QStringLiteral("%1rule value %2 is no longer set (it was %3)")
             .arg(global, read.property, shown_value(read.value));
-    QString const change = read.value.isValid()
-                               ? QStringLiteral("changed ") + change_of_value(read.value, value->value)
-                               : QStringLiteral("was set to ") + shown_value(value->value);
+    QString const change = read.value.isValid() ? QStringLiteral("changed ") + change_of_value(read.value, value->value)
+                                                : QStringLiteral("was set to ") + shown_value(value->value);
     return QStringLiteral("%1rule value %2 %3").arg(global, read.property, change) + place(value->file, value->line);
 }
 

@@ -13,8 +13,8 @@ class RULE_COMPARISON {
 public:
     explicit RULE_COMPARISON(BUILD_SESSION const& session) : session_(session) {}
 
-    /// The first difference, with the place in a file that it comes from; nothing when there is none. A setting's number
-    /// always goes with the same setting.
+    /// The first difference, with the place in a file that it comes from; nothing when there is none. A setting's
+    /// number always goes with the same setting.
     std::optional<QString> difference(RECORDED_ACTION const& action, ACTION_SETTING const& setting);
 
 private:

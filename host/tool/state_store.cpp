@@ -183,7 +183,8 @@ bool STATE_STORE::erase(TABLE table, std::int64_t id) {
         return false;
     if (!database_->in_transaction && !(database_->in_transaction = database_->run("BEGIN IMMEDIATE")))
         return fail();
-    return database_->run(QByteArray("DELETE FROM ") + name_of(table) + " WHERE id = " + QByteArray::number(qint64(id))) ||
+    return database_->run(QByteArray("DELETE FROM ") + name_of(table) +
+                          " WHERE id = " + QByteArray::number(qint64(id))) ||
            fail();
 }
 

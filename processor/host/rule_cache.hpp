@@ -18,8 +18,8 @@ public:
 };
 
 /// What a processor decides on while one of these is alive. The rules of a file that it reads under a topic count as
-/// read for those actions alone that it makes under a topic of the same name, so that a file's atlas rule, say, does not
-/// put the conversion of the same file out of date. Without one, the topic has an empty name.
+/// read for those actions alone that it makes under a topic of the same name, so that a file's atlas rule, say, does
+/// not put the conversion of the same file out of date. Without one, the topic has an empty name.
 class ZAB_SHARED_API RULE_TOPIC {
 public:
     /// A text that lives for ever.

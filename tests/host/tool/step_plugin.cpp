@@ -5,8 +5,8 @@
 //     after NAME      runs after that step                          try NAME     the same, but does without its success
 //     fail, throw     after writing half of the targets             idle         succeed and write nothing
 //     writes TEXT     what the targets after it hold ("made")       asks NAME    reads that property of the rule "Step"
-//     global NAME     reads that global rule                        looks FILE   looks "<raw>/FILE" up in the file table
-//     registers FILE  a target that is not announced                table NAME   asks whether there is that table
+//     global NAME     reads that global rule                        looks FILE   looks "<raw>/FILE" up in the file
+//     table registers FILE  a target that is not announced                table NAME   asks whether there is that table
 //
 // The processor itself asks for the property "Made" of every step, under the topic "other" for "Other".
 #include "processor/host/action_interface.hpp"
