@@ -118,7 +118,8 @@ class Build(ProjectTest):
             {"event": "action_started", "id": 3, "name": name},
             {**finished, "id": 3, "name": name, "status": "succeeded", "diagnosis": None,
              "sources": ["<raw>/ui/b.tga"], "targets": ["<working>/textures/ui/b.dds"]},
-            {"event": "run_finished", "total": 2, "succeeded": 1, "made_no_file": 0, "failed": 1, "not_run": 0,
+            {"event": "run_finished", "total": 2, "succeeded": 1, "made_no_file": 0, "up_to_date": 0, "failed": 1,
+             "not_run": 0,
              "interrupted": False},
         ])
         self.check(["build", "--events", "none/e.jsonl"], 3, "",
