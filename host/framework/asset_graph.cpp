@@ -1,5 +1,7 @@
 #include "processor/host/asset_graph.hpp"
 
+#include "host/framework/read_recorder.hpp"
+
 #include <QMutex>
 #include <QMutexLocker>
 #include <QSet>
@@ -93,6 +95,8 @@ bool ASSET_GRAPH::take_in(CHANGE const& change, QString& error) {
         state_->owners.insert(fragment.name, change.id);
         state_->packages.insert(fragment.name, fragment.package);
     }
+    if (auto* const listener = framework::READ_LISTENER::current())
+        listener->asset_graph_was_changed({change.id, change.fragments, change.dependencies});
     return true;
 }
 
@@ -103,7 +107,10 @@ void ASSET_GRAPH::add_texture(QString const& logical_path) {
 
 bool ASSET_GRAPH::has_texture(QString const& logical_path) const {
     QMutexLocker const lock(&state_->mutex);
-    return state_->textures.contains(logical_path);
+    bool const found = state_->textures.contains(logical_path);
+    if (auto* const listener = framework::READ_LISTENER::current())
+        listener->texture_was_looked_up(logical_path, found);
+    return found;
 }
 
 QHash<QString, QString> ASSET_GRAPH::packages() const {
@@ -115,6 +122,8 @@ void ASSET_GRAPH::set_package(QString const& fragment, QString const& package) {
     QMutexLocker const lock(&state_->mutex);
     state_->packages.insert(fragment, package);
     state_->changes.append({{}, {{fragment, {}, package}}, {}});
+    if (auto* const listener = framework::READ_LISTENER::current())
+        listener->asset_graph_was_changed({{}, {{fragment, {}, package}}, {}});
 }
 
 }  // namespace QTSHARED

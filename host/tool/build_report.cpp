@@ -52,6 +52,12 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
     console_.message(block);
 }
 
+void BUILD_REPORT::action_is_up_to_date(PLANNED_ACTION const& planned) {
+    ++finished_;
+    if (console_.verbosity() == VERBOSITY::verbose)
+        console_.message(QStringLiteral("[%1/%2] up to date: %3").arg(finished_).arg(total_).arg(planned.name));
+}
+
 void BUILD_REPORT::run_finished(RUN_COUNTS const& counts) {
     if (!failures_.empty()) {
         // Actions end in the order that chance gives; the list is the same each time.
@@ -67,6 +73,8 @@ void BUILD_REPORT::run_finished(RUN_COUNTS const& counts) {
     QString summary = QStringLiteral("%1 built").arg(counts.succeeded - counts.made_no_file);
     if (counts.made_no_file > 0)
         summary += QStringLiteral(", %1 made no file").arg(counts.made_no_file);
+    if (counts.up_to_date > 0)
+        summary += QStringLiteral(", %1 up to date").arg(counts.up_to_date);
     summary += QStringLiteral(", %1 failed").arg(counts.failed);
     if (counts.not_run > 0)
         summary += QStringLiteral(", %1 not run").arg(counts.not_run);

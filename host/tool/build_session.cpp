@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <dlfcn.h>
+
 namespace tool {
 
 namespace {
@@ -87,9 +89,20 @@ EXIT_CODE BUILD_SESSION::read_tables() {
     return EXIT_CODE::success;
 }
 
+QString BUILD_SESSION::plugin_file() const {
+    return options_.plugin.empty() ? PLUGIN_HOST::default_path() : argument(options_.plugin);
+}
+
+QStringList BUILD_SESSION::plugin_libraries() const {
+    Dl_info framework = {};
+    dladdr(reinterpret_cast<void const*>(&framework::note_file_look_up), &framework);
+    return {QFileInfo(plugin_file()).absoluteFilePath(),
+            QFileInfo(QFile::decodeName(framework.dli_fname)).absoluteFilePath()};
+}
+
 EXIT_CODE BUILD_SESSION::load_plugin() {
     QString error;
-    if (plugin_.load(options_.plugin.empty() ? PLUGIN_HOST::default_path() : argument(options_.plugin), error))
+    if (plugin_.load(plugin_file(), error))
         return EXIT_CODE::success;
     console_.error(error);
     return EXIT_CODE::environment;
@@ -117,9 +130,14 @@ EXIT_CODE BUILD_SESSION::create_actions() {
             files_.map.insert(logical, &files_.entries.back());
         }
     }
-    for (auto const& processor : plugin_.processors())
-        for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_))
-            actions_.emplace_back(action);
+    {
+        framework::RULE_QUESTION_RECORDER recorder;
+        for (auto const& processor : plugin_.processors())
+            for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_))
+                actions_.emplace_back(action);
+        rule_questions_ = recorder.take();
+    }
+    files_.map.set_look_up_hook(&framework::note_file_look_up);
     for (auto const& action : actions_)
         action->add_external_dependencies(files_.map, *rules_);
     return EXIT_CODE::success;

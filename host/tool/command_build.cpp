@@ -2,6 +2,7 @@
 #include "host/tool/build_report.hpp"
 #include "host/tool/events.hpp"
 #include "host/tool/machine_limits.hpp"
+#include "host/tool/open_plan.hpp"
 #include "host/tool/progress.hpp"
 #include "host/tool/project_lock.hpp"
 
@@ -42,6 +43,7 @@ public:
             ->check(CLI::Range(0.001, 1e9).description(""))
             ->type_name("SECONDS");
         app.add_flag("--no-wait", no_wait_, "Do not wait for another build of this project: end with status 3");
+        app.add_flag("--force", force_, "Build what is up to date as well");
         app.add_flag("--fail-fast", fail_fast_, "Stop at the first failure; without it everything else is built");
         app.add_flag("--explain", explain_, "Say of each action why it runs");
         app.add_option("--events", events_, "Write the events of the build to FILE as JSON lines; - is standard output")
@@ -50,17 +52,20 @@ public:
 
     EXIT_CODE run(CONTEXT& context) override {
         PROJECT_LOCK lock;
-        BUILD_SESSION session(context);
-        std::optional<PLAN> plan;
+        OPENED_PLAN opened(context);
         if (!dry_run_)
-            if (EXIT_CODE const code = open_exclusively(context, session, !no_wait_, lock); code != EXIT_CODE::success)
+            if (EXIT_CODE const code = open_exclusively(context, opened.session, !no_wait_, lock);
+                code != EXIT_CODE::success)
                 return code;
-        if (EXIT_CODE const code = open_and_plan(context, session, paths_, plan); code != EXIT_CODE::success)
+        if (EXIT_CODE const code = open_plan(context, opened, paths_, force_); code != EXIT_CODE::success)
             return code;
+        BUILD_SESSION& session = opened.session;
+        PLAN& plan = *opened.plan;
         if (dry_run_) {
-            say_what_would_run(context.console, *plan);
+            say_what_would_run(context.console, plan);
             return EXIT_CODE::success;
         }
+        drop_up_to_date(plan, *opened.state);
 
         BUILD_REPORT report(context.console, explain_);
         PROGRESS_LINE progress(context.console);
@@ -79,8 +84,9 @@ public:
             context.console.error(error);
             return EXIT_CODE::environment;
         }
-        RUN_COUNTS const counts = run_plan(*plan, session, run_options(), journal, observers);
+        RUN_COUNTS const counts = run_plan(plan, session, *opened.state, run_options(), journal, observers);
         journal.close();
+        say_what_is_stale(context.console, *opened.state);
         return exit_code(context.console, session, counts, events);
     }
 
@@ -104,11 +110,23 @@ private:
 
     void say_what_would_run(CONSOLE& console, PLAN const& plan) const {
         for (PLANNED_ACTION const& planned : plan.actions) {
+            if (planned.state == PLANNED_ACTION::STATE::up_to_date)
+                continue;
             bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
             QString const what = is_error ? QStringLiteral("would fail: %1: %2").arg(planned.name, planned.error)
                                           : QStringLiteral("would run: %1").arg(planned.name);
             console.result(explain_ && !is_error ? what + QStringLiteral(": ") + planned.reason : what);
         }
+    }
+
+    static void say_what_is_stale(CONSOLE& console, BUILD_STATE& state) {
+        std::size_t const count = state.stale_targets().size();
+        if (count > 0 && console.verbosity() != VERBOSITY::quiet)
+            console.message(
+                QStringLiteral("%1 of earlier builds that no action makes any more; \"zab clean --stale\" "
+                               "removes %2")
+                    .arg(count == 1 ? QStringLiteral("1 file is left") : QStringLiteral("%1 files are left").arg(count),
+                         count == 1 ? QStringLiteral("it") : QStringLiteral("them")));
     }
 
     static EXIT_CODE exit_code(CONSOLE& console, BUILD_SESSION const& session, RUN_COUNTS const& counts,
@@ -139,6 +157,7 @@ private:
     std::string memory_;
     double timeout_ = 0;
     bool no_wait_ = false;
+    bool force_ = false;
     bool fail_fast_ = false;
     bool explain_ = false;
     std::string events_;

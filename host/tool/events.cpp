@@ -69,10 +69,15 @@ void EVENT_WRITER::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
             result.peak_bytes ? QJsonValue(static_cast<qint64>(*result.peak_bytes)) : QJsonValue()}});
 }
 
+void EVENT_WRITER::action_is_up_to_date(PLANNED_ACTION const& planned) {
+    write("action_up_to_date", {{QStringLiteral("id"), planned.id}, {QStringLiteral("name"), planned.name}});
+}
+
 void EVENT_WRITER::run_finished(RUN_COUNTS const& counts) {
     write("run_finished", {{QStringLiteral("total"), number(counts.total)},
                            {QStringLiteral("succeeded"), number(counts.succeeded)},
                            {QStringLiteral("made_no_file"), number(counts.made_no_file)},
+                           {QStringLiteral("up_to_date"), number(counts.up_to_date)},
                            {QStringLiteral("failed"), number(counts.failed)},
                            {QStringLiteral("not_run"), number(counts.not_run)},
                            {QStringLiteral("interrupted"), counts.interrupted},

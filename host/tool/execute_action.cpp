@@ -115,6 +115,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     clock.start();
     planned.action->set_line_listener(line);
     QString own_line;
+    framework::READ_RECORDER recorder;
     ACTION_INTERFACE::STATUS status = ACTION_INTERFACE::STATUS_FAILED;
     std::vector<FILE_STATE> const before = target_states(planned);
     if (auto const refusal = prepare_targets(planned))
@@ -125,6 +126,9 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     if (succeeded)
         own_line = false_success(planned, before);
     planned.action->set_line_listener({});
+    result.record.reads = recorder.take();
+    for (ACTION_INTERFACE::REGISTERED_FILE const& file : planned.action->registered_files())
+        result.record.registered.push_back(file);
     result.milliseconds = clock.elapsed();
     result.peak_bytes = peak_memory();
     result.lines = planned.action->output_lines();

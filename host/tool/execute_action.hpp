@@ -2,6 +2,7 @@
 // result, so that whoever schedules actions need not run them itself.
 #pragma once
 
+#include "host/tool/action_record.hpp"
 #include "host/tool/planner.hpp"
 
 #include <cstdint>
@@ -28,6 +29,8 @@ struct ACTION_RESULT {
     std::int64_t milliseconds = 0;
     /// Of the whole process, while the action ran.
     std::optional<std::uint64_t> peak_bytes;
+    /// What the next build has to know of an action that succeeded.
+    ACTION_RECORD record;
 };
 
 /// `line` receives each line as the action says it. After a failure none of the action's targets is there.

@@ -89,6 +89,11 @@ void PROGRESS_LINE::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT
     failed_ += result.status == ACTION_RESULT::STATUS::failed ? 1 : 0;
 }
 
+void PROGRESS_LINE::action_is_up_to_date(PLANNED_ACTION const&) {
+    auto const lock = console_.lock();
+    ++finished_;
+}
+
 void PROGRESS_LINE::run_finished(RUN_COUNTS const&) {
     stop();
 }

@@ -20,6 +20,7 @@ public:
     void action_started(PLANNED_ACTION const& planned) override;
     void progress(PLANNED_ACTION const& planned, int value, int maximum) override;
     void action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) override;
+    void action_is_up_to_date(PLANNED_ACTION const& planned) override;
     void run_finished(RUN_COUNTS const& counts) override;
     void time_passed() override;
 

@@ -53,10 +53,11 @@ struct POOL_WORKER {
 
 class BUILD_RUN {
 public:
-    BUILD_RUN(PLAN const& plan, BUILD_SESSION& session, RUN_OPTIONS const& options, BUILD_JOURNAL& journal,
-              std::vector<RUN_OBSERVER*> const& observers)
+    BUILD_RUN(PLAN& plan, BUILD_SESSION& session, BUILD_STATE& state, RUN_OPTIONS const& options,
+              BUILD_JOURNAL& journal, std::vector<RUN_OBSERVER*> const& observers)
         : plan_(plan),
           session_(session),
+          state_(state),
           options_(options),
           journal_(journal),
           task_{plan, session, journal},
@@ -68,6 +69,7 @@ public:
         QElapsedTimer clock;
         clock.start();
         counts_.total = plan_.actions.size();
+        counts_.up_to_date = plan_.up_to_date;
         // The graph as it is now goes to the workers with the fork.
         session_.asset_graph().take_changes();
         tell([&](RUN_OBSERVER& observer) { observer.run_started(plan_); });
@@ -83,6 +85,7 @@ public:
         for (UNFINISHED_ACTION const& action : cut_off_)
             remove_unfinished_neighbours(action);
         counts_.not_run += plan_.actions.size() - schedule_.finished_count();
+        state_.finish();
         counts_.interrupted = signals_ > 0;
         counts_.milliseconds = clock.elapsed();
         tell([&](RUN_OBSERVER& observer) { observer.run_finished(counts_); });
@@ -112,6 +115,12 @@ private:
             if (std::optional<QString> const reason = why_not_run(*next)) {
                 tell([&](RUN_OBSERVER& observer) { observer.action_started(planned); });
                 finish(*next, fail_action(*reason, line_to_observers(planned)));
+            } else if (state_.is_up_to_date_now(plan_.actions[*next])) {
+                // What it did to the graph when it ran last holds for this build too.
+                changes_ += session_.asset_graph().take_changes();
+                schedule_.finish(*next, true);
+                ++counts_.up_to_date;
+                tell([&](RUN_OBSERVER& observer) { observer.action_is_up_to_date(planned); });
             } else {
                 start(*next);
             }
@@ -186,6 +195,8 @@ private:
         tell([&](RUN_OBSERVER& observer) { observer.action_started(planned); });
         if (!journal_.note_start(planned))
             error = QStringLiteral("what is being built cannot be noted down in the project's state folder");
+        else
+            state_.starting(planned);
         while (worker && error.isEmpty()) {
             if (worker->process->send(RUN_MESSAGE{action, running.threads, changes_.mid(worker->known_changes)})) {
                 worker->known_changes = changes_.size();
@@ -289,6 +300,7 @@ private:
         if (signals_ > 0 && result.status == ACTION_RESULT::STATUS::failed)
             result.status = ACTION_RESULT::STATUS::interrupted;
         worker.running.reset();
+        note_in_state(plan_.actions[action], result);
         finish(action, result);
     }
 
@@ -320,7 +332,16 @@ private:
             result.lines += line;
             line_to_observers(planned)(line);
         }
+        note_in_state(plan_.actions[running.action], result);
         finish(running.action, result);
+    }
+
+    // After a run; of actions that were not run, the state knows what it knew.
+    void note_in_state(PLANNED_ACTION& planned, ACTION_RESULT const& result) {
+        if (result.status == ACTION_RESULT::STATUS::succeeded)
+            state_.remember(planned, result);
+        else if (result.status == ACTION_RESULT::STATUS::failed && planned.state == PLANNED_ACTION::STATE::run)
+            state_.forget(planned);
     }
 
     void finish(std::size_t action, ACTION_RESULT const& result) {
@@ -364,8 +385,9 @@ private:
         }
     }
 
-    PLAN const& plan_;
+    PLAN& plan_;
     BUILD_SESSION& session_;
+    BUILD_STATE& state_;
     RUN_OPTIONS const& options_;
     BUILD_JOURNAL& journal_;
     WORKER_TASK const task_;
@@ -388,9 +410,9 @@ private:
 
 }  // namespace
 
-RUN_COUNTS run_plan(PLAN const& plan, BUILD_SESSION& session, RUN_OPTIONS const& options, BUILD_JOURNAL& journal,
-                    std::vector<RUN_OBSERVER*> const& observers) {
-    return BUILD_RUN(plan, session, options, journal, observers).run();
+RUN_COUNTS run_plan(PLAN& plan, BUILD_SESSION& session, BUILD_STATE& state, RUN_OPTIONS const& options,
+                    BUILD_JOURNAL& journal, std::vector<RUN_OBSERVER*> const& observers) {
+    return BUILD_RUN(plan, session, state, options, journal, observers).run();
 }
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/tool/build_journal.hpp"
+#include "host/tool/build_state.hpp"
 #include "host/tool/execute_action.hpp"
 
 #include <chrono>
@@ -14,6 +15,7 @@ struct RUN_COUNTS {
     std::size_t succeeded = 0;
     /// Of those that succeeded.
     std::size_t made_no_file = 0;
+    std::size_t up_to_date = 0;
     std::size_t failed = 0;
     /// Left over by an interruption or after the first failure.
     std::size_t not_run = 0;
@@ -34,6 +36,8 @@ public:
     virtual void line(PLANNED_ACTION const&, QString const&) {}
     virtual void progress(PLANNED_ACTION const&, int /*value*/, int /*maximum*/) {}
     virtual void action_finished(PLANNED_ACTION const&, ACTION_RESULT const&) {}
+    /// Instead of the two above: what it needs was built and is as before.
+    virtual void action_is_up_to_date(PLANNED_ACTION const&) {}
     virtual void run_finished(RUN_COUNTS const&) {}
     /// At least ten times a second while actions run, for what changes with time alone.
     virtual void time_passed() {}
@@ -52,9 +56,10 @@ struct RUN_OPTIONS {
     std::chrono::milliseconds timeout{0};
 };
 
-/// The plan has no conflicts, the caller has one thread, and the journal is open. An action whose needs failed fails
-/// too, unless it says that it can do without them.
-RUN_COUNTS run_plan(PLAN const& plan, BUILD_SESSION& session, RUN_OPTIONS const& options, BUILD_JOURNAL& journal,
-                    std::vector<RUN_OBSERVER*> const& observers);
+/// The plan has no conflicts, nothing in it is up to date, the caller has one thread, and the journal is open. An
+/// action whose needs failed fails too, unless it says that it can do without them. The state learns of every result;
+/// the reasons of actions that await their needs are settled in the plan.
+RUN_COUNTS run_plan(PLAN& plan, BUILD_SESSION& session, BUILD_STATE& state, RUN_OPTIONS const& options,
+                    BUILD_JOURNAL& journal, std::vector<RUN_OBSERVER*> const& observers);
 
 }  // namespace tool

@@ -48,7 +48,7 @@ constexpr int length_bytes = 4;
 QDataStream& operator<<(QDataStream& stream, ACTION_RESULT const& result) {
     stream << static_cast<quint8>(result.status) << result.made_no_file << result.disk_full << result.lines
            << result.diagnosis << static_cast<qint64>(result.milliseconds) << result.peak_bytes.has_value();
-    return stream << static_cast<quint64>(result.peak_bytes.value_or(0));
+    return stream << static_cast<quint64>(result.peak_bytes.value_or(0)) << result.record;
 }
 
 QDataStream& operator>>(QDataStream& stream, ACTION_RESULT& result) {

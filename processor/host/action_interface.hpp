@@ -101,6 +101,8 @@ public:
     static NR_XML_QUERY_INTERFACE* s_database;
 
     // What the host reads back.
+    /// The topic under which a processor made it.
+    char const* rule_topic() const { return rule_topic_; }
     PROCESSOR_INTERFACE& processor() const { return processor_; }
     QString const& error() const { return error_; }
     QStringList const& output_lines() const { return lines_; }
@@ -131,6 +133,7 @@ private:
     void note_version_control(std::optional<QString> const& failure);
 
     PROCESSOR_INTERFACE& processor_;
+    char const* rule_topic_;
     QString error_;
     QStringList lines_;
     QVector<DEPENDENCY> dependencies_;

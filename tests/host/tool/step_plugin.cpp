@@ -4,15 +4,21 @@
 //     makes FILE      a target, relative to the working root        reads FILE   another source, likewise
 //     after NAME      runs after that step                          try NAME     the same, but does without its success
 //     fail, throw     after writing half of the targets             idle         succeed and write nothing
-//     say TEXT        a line of the action                          noise TEXT   a line past the action, to standard
-//     error slow FILE       a target that takes a while, half written meanwhile, as is a file of another name beside it
-//     scratch FILE    a working file, taken away at the end         register FILE  a fragment of that name in the graph
-//     known FILE      a target: the fragments that the asset graph knows
-//     meet FILE       waits until somebody else has made it         alone FILE   fails if it is there, and makes it for
-//     a while sleep MS, stay  wait; "stay" until told to stop               deaf         wait for ever signal N, exit
-//     N, eat                                         die by the signal, leave, take memory without end
+//     say TEXT        a line of the action                          noise TEXT   a line past it, to standard error
+//     slow FILE       a target that is half written for a while, as is a file of another name beside it
+//     scratch FILE    a working file, taken away at the end         register NAME   a fragment in the asset graph
+//     known FILE      a target: the fragments that the graph knows
+//     meet FILE       waits until somebody else has made it         alone FILE   fails if it is there, makes it for a
+//     while sleep MS, stay  wait; "stay" until told to stop               deaf         wait for ever signal N, exit N,
+//     eat                                         die by the signal, leave, take memory without end writes TEXT what
+//     the targets after it hold ("made")       asks NAME    reads that property of the rule "Step" global NAME reads
+//     that global rule                        looks FILE   looks "<raw>/FILE" up in the file table registers FILE  a
+//     target that is not announced                table NAME   asks whether there is that table
+//
+// The processor itself asks for the property "Made" of every step, under the topic "other" for "Other".
 #include "processor/host/action_interface.hpp"
 #include "processor/host/asset_graph.hpp"
+#include "processor/host/nr_xml_query_interface.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/host/plugin_interface.hpp"
 #include "processor/host/processor_interface.hpp"
@@ -59,7 +65,8 @@ public:
         }
     }
 
-    STATUS run(FILE_MAP const&, RULE_CACHE const&) override {
+    STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) override {
+        QByteArray text = "made";
         for (auto const& [order, argument] : orders_) {
             if (order == "idle")
                 return STATUS_SUCCEEDED;
@@ -69,8 +76,6 @@ public:
             }
             if (order == "throw")
                 throw std::runtime_error("told to throw");
-            if (order == "makes" && !write(argument, "made"))
-                return STATUS_FAILED;
             if (order == "slow") {
                 write(argument, "ma");
                 write(argument + QStringLiteral("2.part"), "ma");
@@ -115,6 +120,24 @@ public:
             if (order == "eat")
                 for (std::vector<QByteArray> eaten; true;)
                     eaten.push_back(QByteArray(1 << 24, 'x'));
+            if (order == "writes")
+                text = argument.toUtf8();
+            if (order == "asks")
+                rules.get(source_, QStringLiteral("Step")).value(argument);
+            if (order == "global")
+                rules.get_global(argument).value(argument);
+            if (order == "looks")
+                files.contains(LOGICAL_PATH("<raw>/" + argument));
+            if (order == "table")
+                s_database->has_table(argument);
+            if (order == "makes" || order == "registers") {
+                QFile out(working(argument));
+                QDir().mkpath(QFileInfo(out).path());
+                if (!out.open(QIODevice::WriteOnly) || out.write(text) != text.size())
+                    return STATUS_FAILED;
+            }
+            if (order == "registers")
+                add_to_perforce(PHYSICAL_PATH(working(argument)), files, false, {});
         }
         return STATUS_SUCCEEDED;
     }
@@ -160,11 +183,17 @@ class STEP_PROCESSOR : public PROCESSOR_INTERFACE {
 public:
     QString get_name() override { return QStringLiteral("Step"); }
 
-    QVector<ACTION_INTERFACE*> create_actions(FILE_MAP const& files, RULE_CACHE const&) override {
+    QVector<ACTION_INTERFACE*> create_actions(FILE_MAP const& files, RULE_CACHE const& rules) override {
         QVector<STEP*> steps;
-        for (auto const& [path, entry] : files)
-            if (path.text().endsWith(QLatin1String(".step")))
-                steps.append(new STEP(path, entry->physical_path, *this));
+        for (auto const& [path, entry] : files) {
+            if (!path.text().endsWith(QLatin1String(".step")))
+                continue;
+            RULE const rule = rules.get(path, QStringLiteral("Step"));
+            rule.value(QStringLiteral("Made"));
+            steps.append(new STEP(path, entry->physical_path, *this));
+            RULE_TOPIC const topic("other");
+            rule.value(QStringLiteral("Other"));
+        }
         QVector<ACTION_INTERFACE*> actions;
         for (STEP* const step : steps) {
             for (auto const& [order, argument] : step->orders())

@@ -16,7 +16,7 @@ class WrongUse(ProjectTest):
         self.write({"zab.toml": RULE, "raw_data/a.tga": tga(8, 8), "elsewhere/a.tga": tga(8, 8)})
         see = "See: zab {}--help\n".format
         for arguments, err in {
-            ("build", "--force"): "zab: error: The following argument was not expected: --force\n" + see("build "),
+            ("build", "--forced"): "zab: error: The following argument was not expected: --forced\n" + see("build "),
             ("help", "nothing"): 'zab: error: there is no command "nothing"\n' + see("help "),
             ("build", "-q", "-v"): "zab: error: -q and -v exclude each other\n" + see("build "),
             ("build", "none.tga"): "zab: error: none.tga lies in neither data folder of the project\n",
@@ -71,7 +71,7 @@ class Build(ProjectTest):
 
     def test_dry_run_and_explain(self):
         self.check(["build", "-n", "--explain", "raw_data/a.tga"], 0,
-                   "would run: Convert texture (a.tga): always built\n", "")
+                   "would run: Convert texture (a.tga): never built\n", "")
         self.assertFalse((self.folder / "working_data").exists())
 
     def test_a_failure_takes_an_earlier_target_with_it(self):
@@ -118,7 +118,8 @@ class Build(ProjectTest):
             {"event": "action_started", "id": 3, "name": name},
             {**finished, "id": 3, "name": name, "status": "succeeded", "diagnosis": None,
              "sources": ["<raw>/ui/b.tga"], "targets": ["<working>/textures/ui/b.dds"]},
-            {"event": "run_finished", "total": 2, "succeeded": 1, "made_no_file": 0, "failed": 1, "not_run": 0,
+            {"event": "run_finished", "total": 2, "succeeded": 1, "made_no_file": 0, "up_to_date": 0, "failed": 1,
+             "not_run": 0,
              "interrupted": False},
         ])
         self.check(["build", "--events", "none/e.jsonl"], 3, "",
@@ -147,6 +148,7 @@ class Questions(ProjectTest):
                    '  mipmaps = false                raw_data/ui/zab_rules.toml:4\n'
                    '  TargetPath = "textures/{dir}"  zab.toml:3\n'
                    'read by action 1, Convert texture (ui/b.tga)\n'
+                   '  to be built: never built\n'
                    '  makes working_data/textures/ui/b.dds\n', "")
         self.check(["explain", "<working>/none"], 0, "working_data/none (<working>/none): not among the project's files\n"
                    "no rule applies\nno action reads or makes it\n", "")
@@ -155,9 +157,9 @@ class Questions(ProjectTest):
         _, out, _ = self.check(["plan", "--json"], 0, err="")
         self.assertEqual(json.loads(out), [{
             "id": 1, "name": "Convert texture (ui/b.tga)", "sources": ["<raw>/ui/b.tga"],
-            "targets": ["<working>/textures/ui/b.dds"], "depends": [], "state": "run", "reason": "always built",
+            "targets": ["<working>/textures/ui/b.dds"], "depends": [], "state": "run", "reason": "never built",
             "error": None}])
-        self.check(["plan"], 0, "1 Convert texture (ui/b.tga): always built\n  reads raw_data/ui/b.tga\n"
+        self.check(["plan"], 0, "1 Convert texture (ui/b.tga): never built\n  reads raw_data/ui/b.tga\n"
                                 "  makes working_data/textures/ui/b.dds\n")
 
     def test_rules(self):
