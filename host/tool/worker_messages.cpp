@@ -57,7 +57,7 @@ QDataStream& operator>>(QDataStream& stream, ACTION_RESULT& result) {
     bool has_peak = false;
     quint64 peak = 0;
     stream >> status >> result.made_no_file >> result.disk_full >> result.lines >> result.diagnosis >> milliseconds >>
-        has_peak >> peak;
+        has_peak >> peak >> result.record;
     result.status = static_cast<ACTION_RESULT::STATUS>(status);
     result.milliseconds = milliseconds;
     if (has_peak)
