@@ -203,6 +203,7 @@ void ACTION_DISPATCH::export_alpha_blend_pair(SOURCE const& source) {
 }
 
 void ACTION_DISPATCH::dispatch_atlas(SOURCE const& source) {
+    RULE_TOPIC const topic("atlas");
     RULE const rule = rules_.get(source.logical, QStringLiteral("Atlas"));
     if (!rule.exists())
         return;

@@ -9,12 +9,15 @@
 QTSHARED::ASSET_GRAPH* ACTION_INTERFACE::s_asset_graph = nullptr;
 NR_XML_QUERY_INTERFACE* ACTION_INTERFACE::s_database = nullptr;
 
-ACTION_INTERFACE::ACTION_INTERFACE(PROCESSOR_INTERFACE& processor) : processor_(processor) {
+ACTION_INTERFACE::ACTION_INTERFACE(PROCESSOR_INTERFACE& processor)
+    : processor_(processor),
+      rule_topic_(RULE_TOPIC::current()) {
 }
 
 // A copy is the same work, not the same run: it starts without lines, registered files or progress, and nobody listens.
 ACTION_INTERFACE::ACTION_INTERFACE(ACTION_INTERFACE const& other)
     : processor_(other.processor_),
+      rule_topic_(other.rule_topic_),
       error_(other.error_),
       dependencies_(other.dependencies_),
       progress_max_(other.progress_max()) {
@@ -144,4 +147,9 @@ void ACTION_INTERFACE::add_output_line(QString const& line) {
     lines_.append(line);
     if (listener_)
         listener_(line);
+}
+
+void ACTION_INTERFACE::announce_working_file(PHYSICAL_PATH const& file) {
+    if (working_file_listener_)
+        working_file_listener_(file);
 }

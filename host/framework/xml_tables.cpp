@@ -1,9 +1,20 @@
 #include "host/framework/xml_tables.hpp"
 
+#include "host/framework/read_recorder.hpp"
+
 #include <QFile>
 #include <QXmlStreamReader>
 
 namespace framework {
+
+namespace {
+
+void note_read(QString const& table) {
+    if (READ_LISTENER* const listener = READ_LISTENER::current())
+        listener->table_was_read(table);
+}
+
+}  // namespace
 
 bool XML_TABLES::load(QString const& table, QString const& path, QString& error) {
     QFile file(path);
@@ -48,14 +59,17 @@ bool XML_TABLES::load(QString const& table, QString const& path, QString& error)
 }
 
 bool XML_TABLES::has_table(QString const& table) const {
+    note_read(table);
     return tables_.contains(table);
 }
 
 QStringList XML_TABLES::keys(QString const& table) const {
+    note_read(table);
     return tables_.value(table).keys;
 }
 
 QString XML_TABLES::value(QString const& table, QString const& key, QString const& column) const {
+    note_read(table);
     auto const found = tables_.constFind(table);
     if (found == tables_.constEnd())
         return {};

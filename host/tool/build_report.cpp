@@ -1,5 +1,7 @@
 #include "host/tool/build_report.hpp"
 
+#include <algorithm>
+
 namespace tool {
 
 namespace {
@@ -25,12 +27,15 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
     ++finished_;
     bool const failed = result.status == ACTION_RESULT::STATUS::failed;
     bool const has_block = failed || result.made_no_file || says_more_than_done(result.lines) ||
-                           console_.verbosity() == VERBOSITY::verbose;
+                           !result.library_lines.isEmpty() || console_.verbosity() == VERBOSITY::verbose;
     if (failed) {
-        QString cause = result.lines.isEmpty() ? QStringLiteral("failed without a word") : result.lines.first();
+        QString cause = !result.killed_by.isEmpty() ? result.killed_by
+                        : result.lines.isEmpty()    ? QStringLiteral("failed without a word")
+                                                    : result.lines.first();
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
-        failures_.push_back({planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
+        failures_.push_back(
+            {planned.id, planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
     }
     if (console_.verbosity() == VERBOSITY::quiet ? !failed : console_.error_is_terminal() && !has_block)
         return;
@@ -42,13 +47,22 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
         status = console_.paint(COLOR::yellow, QStringLiteral("interrupted"));
     QString block = QStringLiteral("[%1/%2] %3: %4").arg(finished_).arg(total_).arg(status, planned.name);
     if (has_block)
-        for (QString const& line : result.lines)
+        for (QString const& line : result.library_lines + result.lines)
             block += QStringLiteral("\n") + line;
     console_.message(block);
 }
 
+void BUILD_REPORT::action_is_up_to_date(PLANNED_ACTION const& planned) {
+    ++finished_;
+    if (console_.verbosity() == VERBOSITY::verbose)
+        console_.message(QStringLiteral("[%1/%2] up to date: %3").arg(finished_).arg(total_).arg(planned.name));
+}
+
 void BUILD_REPORT::run_finished(RUN_COUNTS const& counts) {
     if (!failures_.empty()) {
+        // Actions end in the order that chance gives; the list is the same each time.
+        std::sort(failures_.begin(), failures_.end(),
+                  [](FAILURE const& left, FAILURE const& right) { return left.id < right.id; });
         QString list = console_.paint(COLOR::red, QStringLiteral("Failed:"));
         for (FAILURE const& failure : failures_)
             list += QStringLiteral("\n  %1: %2").arg(failure.file, failure.cause);
@@ -59,6 +73,8 @@ void BUILD_REPORT::run_finished(RUN_COUNTS const& counts) {
     QString summary = QStringLiteral("%1 built").arg(counts.succeeded - counts.made_no_file);
     if (counts.made_no_file > 0)
         summary += QStringLiteral(", %1 made no file").arg(counts.made_no_file);
+    if (counts.up_to_date > 0)
+        summary += QStringLiteral(", %1 up to date").arg(counts.up_to_date);
     summary += QStringLiteral(", %1 failed").arg(counts.failed);
     if (counts.not_run > 0)
         summary += QStringLiteral(", %1 not run").arg(counts.not_run);

@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <dlfcn.h>
+
 namespace tool {
 
 namespace {
@@ -28,6 +30,8 @@ EXIT_CODE BUILD_SESSION::report(framework::DIAGNOSTICS const& diagnostics) const
 }
 
 EXIT_CODE BUILD_SESSION::open_project() {
+    if (project_)
+        return EXIT_CODE::success;
     QString file;
     if (options_.directory.empty()) {
         file = framework::find_project_file(QDir::currentPath());
@@ -86,9 +90,20 @@ EXIT_CODE BUILD_SESSION::read_tables() {
     return EXIT_CODE::success;
 }
 
+QString BUILD_SESSION::plugin_file() const {
+    return options_.plugin.empty() ? PLUGIN_HOST::default_path() : argument(options_.plugin);
+}
+
+QStringList BUILD_SESSION::plugin_libraries() const {
+    Dl_info framework = {};
+    dladdr(reinterpret_cast<void const*>(&framework::note_file_look_up), &framework);
+    return {QFileInfo(plugin_file()).absoluteFilePath(),
+            QFileInfo(QFile::decodeName(framework.dli_fname)).absoluteFilePath()};
+}
+
 EXIT_CODE BUILD_SESSION::load_plugin() {
     QString error;
-    if (plugin_.load(options_.plugin.empty() ? PLUGIN_HOST::default_path() : argument(options_.plugin), error))
+    if (plugin_.load(plugin_file(), error))
         return EXIT_CODE::success;
     console_.error(error);
     return EXIT_CODE::environment;
@@ -114,9 +129,14 @@ EXIT_CODE BUILD_SESSION::create_actions() {
                 know_file(path, logical);
         }
     }
-    for (auto const& processor : plugin_.processors())
-        for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_))
-            actions_.emplace_back(action);
+    {
+        framework::RULE_QUESTION_RECORDER recorder;
+        for (auto const& processor : plugin_.processors())
+            for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_))
+                actions_.emplace_back(action);
+        rule_questions_ = recorder.take();
+    }
+    files_.map.set_look_up_hook(&framework::note_file_look_up);
     for (auto const& action : actions_)
         action->add_external_dependencies(files_.map, *rules_);
     if (project_->image_database && (!plugin_.image_database() || plugin_.processors().empty())) {

@@ -1,7 +1,7 @@
 // zab explain PATH: the rules that hold for one file, each value with the place that it comes from, and the actions
 // that read or make the file.
-#include "host/tool/planner.hpp"
-
+#include "host/tool/open_plan.hpp"
+#include "host/tool/rule_value_text.hpp"
 #include "processor/host/paths.hpp"
 
 #include <CLI/CLI.hpp>
@@ -14,21 +14,6 @@ namespace tool {
 
 namespace {
 
-// The value as it would stand in a rule file.
-QString as_written(QVariant const& value) {
-    switch (value.type()) {
-    case QVariant::String:
-        return u'"' + value.toString().replace(u'\\', QStringLiteral("\\\\")).replace(u'"', QStringLiteral("\\\"")) +
-               u'"';
-    case QVariant::Double: {
-        QString const text = QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
-        return text.contains(u'.') || text.contains(u'e') ? text : text + QStringLiteral(".0");
-    }
-    default:
-        return value.toString();
-    }
-}
-
 class COMMAND_EXPLAIN : public COMMAND {
 public:
     char const* name() const override { return "explain"; }
@@ -37,9 +22,10 @@ public:
     void declare(CLI::App& app) override { app.add_option("PATH", path_, "The file; it need not exist")->required(); }
 
     EXIT_CODE run(CONTEXT& context) override {
-        BUILD_SESSION session(context);
-        if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
+        OPENED_PLAN opened(context);
+        if (EXIT_CODE const code = open_plan(context, opened, {}, false); code != EXIT_CODE::success && !opened.plan)
             return code;
+        BUILD_SESSION& session = opened.session;
         std::optional<QString> const path = session.project_path(path_);
         if (!path) {
             context.console.error(QStringLiteral("%1 lies in neither data folder of the project").arg(argument(path_)));
@@ -50,7 +36,7 @@ public:
         context.console.result(shown_file(logical) + QStringLiteral(" (%1)").arg(*path) +
                                (is_listed ? QString() : QStringLiteral(": not among the project's files")));
         show_rules(context.console, session, logical);
-        show_actions(context.console, make_plan(session), logical);
+        show_actions(context.console, *opened.plan, logical);
         return EXIT_CODE::success;
     }
 
@@ -98,6 +84,10 @@ private:
                                .arg(planned.name));
             if (planned.state == PLANNED_ACTION::STATE::error)
                 console.result(QStringLiteral("  error: ") + planned.error);
+            else if (planned.state == PLANNED_ACTION::STATE::up_to_date)
+                console.result(QStringLiteral("  up to date"));
+            else if (!planned.reason.isEmpty())
+                console.result(QStringLiteral("  to be built: ") + planned.reason);
             for (LOGICAL_PATH const& source : planned.sources)
                 if (!(source == path))
                     console.result(QStringLiteral("  reads ") + shown_file(source));

@@ -24,6 +24,18 @@ public:
         for (RUN_OBSERVER* const observer : observers_)
             observer->line(planned, text);
     }
+    void progress(PLANNED_ACTION const& planned, int value, int maximum) override {
+        for (RUN_OBSERVER* const observer : observers_)
+            observer->progress(planned, value, maximum);
+    }
+    void action_is_up_to_date(PLANNED_ACTION const& planned) override {
+        for (RUN_OBSERVER* const observer : observers_)
+            observer->action_is_up_to_date(planned);
+    }
+    void time_passed() override {
+        for (RUN_OBSERVER* const observer : observers_)
+            observer->time_passed();
+    }
     void action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) override {
         bool const failed =
             result.status == ACTION_RESULT::STATUS::failed || result.status == ACTION_RESULT::STATUS::interrupted;
@@ -167,7 +179,9 @@ RUN_COUNTS run_with_last_step(PLAN plan, BUILD_SESSION& session, STEPPED_RUN con
         remove_left_fragments(step, relay);
         counts.succeeded += more.succeeded;
         counts.made_no_file += more.made_no_file;
+        counts.up_to_date += more.up_to_date;
         counts.failed += more.failed;
+        counts.disk_full = counts.disk_full || more.disk_full;
         counts.not_run += more.not_run;
         counts.interrupted = more.interrupted;
     }

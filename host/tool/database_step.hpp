@@ -20,7 +20,7 @@ struct STEPPED_RUN {
     bool fail_fast = false;
     std::vector<RUN_OBSERVER*> const& observers;
     /// Runs some of the plan's actions.
-    std::function<RUN_COUNTS(PLAN const&, std::vector<RUN_OBSERVER*> const&)> run_part;
+    std::function<RUN_COUNTS(PLAN&, std::vector<RUN_OBSERVER*> const&)> run_part;
 };
 
 /// Runs a plan, its last step apart; to the observers it is one run. An action of the last step fails when one that it

@@ -6,7 +6,6 @@
 #include "processor/host/paths.hpp"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <functional>
@@ -52,7 +51,6 @@ private:
             planned.name = action->get_name(true);
             QDateTime newest;
             action->get_affected_files(planned.sources, planned.targets, newest, session_.files(), session_.rules());
-            planned.reason = QStringLiteral("always built");
             if (!action->error().isEmpty()) {
                 planned.state = PLANNED_ACTION::STATE::error;
                 planned.error = action->error();
@@ -262,50 +260,27 @@ void restrict_plan(PLAN& plan, std::vector<QString> const& paths) {
             for (PLANNED_ACTION::NEED const& need : planned.needs)
                 wanted[need.action] = true;
     }
+    keep_actions(plan, wanted);
+}
+
+void keep_actions(PLAN& plan, std::vector<bool> const& is_wanted) {
     std::vector<std::size_t> place(plan.actions.size());
     std::vector<PLANNED_ACTION> kept;
     for (std::size_t i = 0; i < plan.actions.size(); ++i) {
         place[i] = kept.size();
-        if (wanted[i])
+        if (is_wanted[i])
             kept.push_back(std::move(plan.actions[i]));
     }
-    for (PLANNED_ACTION& planned : kept)
+    for (PLANNED_ACTION& planned : kept) {
+        std::erase_if(planned.needs, [&](PLANNED_ACTION::NEED const& need) { return !is_wanted[need.action]; });
         for (PLANNED_ACTION::NEED& need : planned.needs)
             need.action = place[need.action];
+    }
     plan.actions = std::move(kept);
 }
 
 QString shown_file(LOGICAL_PATH const& path) {
     return CONSOLE::shown(PATHS::physical_path(path));
-}
-
-EXIT_CODE open_and_plan(CONTEXT& context, BUILD_SESSION& session, std::vector<std::string> const& paths,
-                        std::optional<PLAN>& plan) {
-    if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
-        return code;
-    std::vector<QString> wanted;
-    for (std::string const& given : paths) {
-        std::optional<QString> const path = session.project_path(given);
-        if (!path) {
-            context.console.error(QStringLiteral("%1 lies in neither data folder of the project").arg(argument(given)));
-            return EXIT_CODE::wrong_use;
-        }
-        if (!QFileInfo::exists(PATHS::physical_path(LOGICAL_PATH(*path)))) {
-            context.console.error(QStringLiteral("%1 does not exist").arg(argument(given)));
-            return EXIT_CODE::wrong_use;
-        }
-        wanted.push_back(*path);
-    }
-    plan = make_plan(session);
-    if (!wanted.empty() && plan->conflicts.empty()) {
-        restrict_plan(*plan, wanted);
-        if (plan->actions.empty())
-            context.console.warning(QStringLiteral("no action reads what is asked for; \"zab explain\" tells of a "
-                                                   "file's rules"));
-    }
-    for (QString const& conflict : plan->conflicts)
-        context.console.error(conflict);
-    return plan->conflicts.empty() ? EXIT_CODE::success : EXIT_CODE::wrong_use;
 }
 
 }  // namespace tool

@@ -5,12 +5,10 @@
 #include "host/framework/diagnostic.hpp"
 #include "host/tool/build_session.hpp"
 
-#include <optional>
-
 namespace tool {
 
 struct PLANNED_ACTION {
-    enum class STATE { run, error };
+    enum class STATE { run, up_to_date, error };
 
     struct NEED {
         /// Place in the plan.
@@ -28,8 +26,10 @@ struct PLANNED_ACTION {
     QVector<ACTION_INTERFACE::TARGET_FILE> targets;
     std::vector<NEED> needs;
     STATE state = STATE::run;
-    /// Why it runs.
+    /// Why it runs; empty when it need not.
     QString reason;
+    /// Something that it needs runs too. What that makes decides whether this one really runs.
+    bool awaits_needs = false;
     /// Why it cannot succeed: the host's refusal, or what the processor found wrong.
     QString error;
     /// The host refuses to run it at all.
@@ -52,6 +52,8 @@ struct PLAN {
     /// What makes the plan as a whole impossible: two actions with one target, actions that wait for each other. Each
     /// is one message, maybe of several lines. A build does not start while there is any.
     std::vector<QString> conflicts;
+    /// Actions that were taken out because they are up to date.
+    std::size_t up_to_date = 0;
 };
 
 PLAN make_plan(BUILD_SESSION& session);
@@ -62,9 +64,7 @@ void restrict_plan(PLAN& plan, std::vector<QString> const& paths);
 /// A project path as people see it: where the file lies, relative to the current folder when it is in it.
 QString shown_file(LOGICAL_PATH const& path);
 
-/// Opens the session and plans; what `plan` is left empty for has been reported. `paths` are from the command line and
-/// restrict the plan when there are any.
-EXIT_CODE open_and_plan(CONTEXT& context, BUILD_SESSION& session, std::vector<std::string> const& paths,
-                        std::optional<PLAN>& plan);
+/// Keeps the actions for which `is_wanted` holds, in their order, and no needs of others.
+void keep_actions(PLAN& plan, std::vector<bool> const& is_wanted);
 
 }  // namespace tool

@@ -49,6 +49,14 @@ private:
 /// The host's graph. Its operations may be called from several threads.
 class ZAB_SHARED_API ASSET_GRAPH {
 public:
+    /// One change, to be made again in another process's copy of the graph: a builder that was added, or, where `id` is
+    /// empty, a package that was set for the first fragment.
+    struct CHANGE {
+        QString id;
+        QVector<ASSET_FRAGMENT_BUILDER::FRAGMENT> fragments;
+        QVector<ASSET_FRAGMENT_BUILDER::DEPENDENCY> dependencies;
+    };
+
     ASSET_GRAPH();
     ASSET_GRAPH(ASSET_GRAPH const&) = delete;
     ASSET_GRAPH& operator=(ASSET_GRAPH const&) = delete;
@@ -76,7 +84,14 @@ public:
     QHash<QString, QString> packages() const;
     void set_package(QString const& fragment, QString const& package);
 
+    /// What `add` and `set_package` changed since the last call, in order. Host only.
+    QVector<CHANGE> take_changes();
+    /// Makes a change that another copy of the graph took; it does not count as one of this copy's. Host only.
+    bool repeat(CHANGE const& change, QString& error);
+
 private:
+    bool take_in(CHANGE const& change, QString& error);
+
     struct STATE;
     std::unique_ptr<STATE> state_;
 };
