@@ -1,11 +1,17 @@
 #include "host/framework/xml_tables.hpp"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QXmlStreamReader>
 
 namespace framework {
 
 bool XML_TABLES::load(QString const& table, QString const& path, QString& error) {
+    // Pipes and devices have no end that could be waited for.
+    if (QFileInfo const info(path); info.exists() && !info.isFile()) {
+        error = QStringLiteral("%1: error: is no regular file").arg(path);
+        return false;
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("%1: error: %2").arg(path, file.errorString());
