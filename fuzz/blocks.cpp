@@ -14,8 +14,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t siz
     // Of their own, so that one byte too far is seen.
     std::vector<std::uint8_t> const coded(bytes + 3, bytes + size);
     std::size_t const texels = std::size_t{width} * height;
-    std::size_t const needed = std::size_t{blocks::blocks_across(width)} * blocks::blocks_across(height) *
-                               blocks::bytes_per_block(format);
+    std::size_t const needed =
+        std::size_t{blocks::blocks_across(width)} * blocks::blocks_across(height) * blocks::bytes_per_block(format);
     bool const can_be_decoded = texels > 0 && coded.size() >= needed;
 
     std::vector<std::uint8_t> rgba(4 * texels);
