@@ -42,11 +42,9 @@ bool XML_TABLES::load(QString const& table, QString const& path, QString& error)
         xml.raiseError(QStringLiteral("the root element is not 'table'"));
     }
     if (xml.hasError()) {
-        error = QStringLiteral("%1:%2:%3: error: %4")
-                    .arg(path)
-                    .arg(xml.lineNumber())
-                    .arg(xml.columnNumber())
-                    .arg(xml.errorString());
+        error =
+            QStringLiteral("%1:%2:%3: error: %4")
+                .arg(path, QString::number(xml.lineNumber()), QString::number(xml.columnNumber()), xml.errorString());
         return false;
     }
     tables_.insert(table, content);

@@ -1,5 +1,7 @@
 #include "host/tool/build_report.hpp"
 
+#include "host/framework/printable.hpp"
+
 namespace tool {
 
 namespace {
@@ -30,7 +32,8 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
         QString cause = result.lines.isEmpty() ? QStringLiteral("failed without a word") : result.lines.first();
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
-        failures_.push_back({planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
+        failures_.push_back({planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()),
+                             framework::printable(cause)});
     }
     if (console_.verbosity() == VERBOSITY::quiet ? !failed : console_.error_is_terminal() && !has_block)
         return;
@@ -43,7 +46,7 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
     QString block = QStringLiteral("[%1/%2] %3: %4").arg(finished_).arg(total_).arg(status, planned.name);
     if (has_block)
         for (QString const& line : result.lines)
-            block += QStringLiteral("\n") + line;
+            block += QStringLiteral("\n") + framework::printable(line);
     console_.message(block);
 }
 

@@ -1,4 +1,5 @@
 // zab build [PATH...]: builds the project, or what is made from the files at or below the paths.
+#include "host/framework/printable.hpp"
 #include "host/tool/build_report.hpp"
 #include "host/tool/events.hpp"
 #include "host/tool/progress.hpp"
@@ -57,8 +58,9 @@ private:
     void say_what_would_run(CONSOLE& console, PLAN const& plan) const {
         for (PLANNED_ACTION const& planned : plan.actions) {
             bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
-            QString const what = is_error ? QStringLiteral("would fail: %1: %2").arg(planned.name, planned.error)
-                                          : QStringLiteral("would run: %1").arg(planned.name);
+            QString const what =
+                is_error ? QStringLiteral("would fail: %1: %2").arg(planned.name, framework::printable(planned.error))
+                         : QStringLiteral("would run: %1").arg(planned.name);
             console.result(explain_ && !is_error ? what + QStringLiteral(": ") + planned.reason : what);
         }
     }

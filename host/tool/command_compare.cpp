@@ -33,12 +33,8 @@ public:
             return EXIT_CODE::failed;
         if (left->width != right->width || left->height != right->height) {
             console.error(QStringLiteral("the sizes differ: %1 is %2 x %3, %4 is %5 x %6")
-                              .arg(argument(left_))
-                              .arg(left->width)
-                              .arg(left->height)
-                              .arg(argument(right_))
-                              .arg(right->width)
-                              .arg(right->height));
+                              .arg(argument(left_), QString::number(left->width), QString::number(left->height),
+                                   argument(right_), QString::number(right->width), QString::number(right->height)));
             return EXIT_CODE::failed;
         }
         PICTURE_DIFFERENCE const difference = measure_difference(*left, *right);

@@ -1,6 +1,7 @@
 // zab init [DIR]: the beginnings of a project. Nothing that exists is touched.
 #include "host/tool/command.hpp"
 
+#include "host/framework/printable.hpp"
 #include "host/framework/project.hpp"
 
 #include <CLI/CLI.hpp>
@@ -70,7 +71,7 @@ public:
         if (!out.open(QIODevice::WriteOnly | QIODevice::NewOnly) || out.write(text) != text.size() || !out.flush())
             return fail(EXIT_CODE::environment,
                         QStringLiteral("%1 cannot be written: %2").arg(file, out.errorString()));
-        context.console.result(file);
+        context.console.result(framework::printable(file));
         return EXIT_CODE::success;
     }
 

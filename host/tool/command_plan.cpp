@@ -1,4 +1,5 @@
 // zab plan [PATH...]: the actions of a build, in the order in which they run, without running any.
+#include "host/framework/printable.hpp"
 #include "host/tool/plan_json.hpp"
 
 #include <CLI/CLI.hpp>
@@ -40,7 +41,8 @@ private:
         bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
         console.result(QStringLiteral("%1 %2: %3")
                            .arg(planned.id)
-                           .arg(planned.name, is_error ? QStringLiteral("error: ") + planned.error : planned.reason));
+                           .arg(planned.name, is_error ? QStringLiteral("error: ") + framework::printable(planned.error)
+                                                       : planned.reason));
         for (LOGICAL_PATH const& source : planned.sources)
             console.result(QStringLiteral("  reads ") + shown_file(source));
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)

@@ -1,4 +1,5 @@
 // zab view FILE: one picture of a texture file, as a PNG that any viewer shows.
+#include "host/framework/printable.hpp"
 #include "host/tool/command.hpp"
 #include "host/tool/picture_file.hpp"
 
@@ -63,7 +64,9 @@ public:
             console.error(QStringLiteral("%1: %2").arg(output, QString::fromStdString(cause)));
             return EXIT_CODE::environment;
         }
-        console.result(QStringLiteral("%1: %2 x %3").arg(output).arg(picture->width).arg(picture->height));
+        console.result(
+            QStringLiteral("%1: %2 x %3")
+                .arg(framework::printable(output), QString::number(picture->width), QString::number(picture->height)));
         return EXIT_CODE::success;
     }
 
