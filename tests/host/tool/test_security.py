@@ -9,7 +9,7 @@ import tempfile
 import time
 import unittest
 
-from command_line import RULE, ProjectTest, tga
+from command_line import PLUGIN, RULE, ZAB, ProjectTest, tga
 
 STEPS = os.environ.get("ZAB_STEP_PLUGIN", "build/release/lib/step_plugin.so")
 
@@ -165,6 +165,19 @@ class Endless(ProjectTest):
         self.write({"zab.toml": '[[rule]]\nname = "Texture"\nTargetPath = "t"\nmatch = "' + "**/a/" * 30 + 'b"\n',
                     "raw_data/" + "a/" * 60 + "a.tga": tga(4, 4)})
         self.refused({}, 0, "^0 built")
+
+    @unittest.skipIf(os.environ.get("ZAB_SANITIZE"), "sanitizers reserve terabytes")
+    def test_too_little_memory(self):
+        # 64 MiB of texels, of which a build takes up to twelve times as much.
+        self.write({"zab.toml": RULE, "raw_data/a.tga": tga(4096, 4096, bytes(4096 * 4096 * 4))})
+        for limit in (96, 192, 384):
+            run = subprocess.run(["/bin/sh", "-c", f'ulimit -v {limit * 1024}; exec "$@"', "sh", os.path.abspath(ZAB),
+                                  "--plugin", os.path.abspath(PLUGIN), "build"], cwd=self.folder, capture_output=True,
+                                 text=True, timeout=120)
+            self.assertEqual(run.returncode, 1, (limit, run.stderr))
+            # Of the action that it is converting, or of the tool that looks why the action did not get its source.
+            self.assertRegex(run.stderr, r"\n  raw_data/a\.tga: .*not enough memory|: Not enough memory to convert '/")
+            self.assertEqual(self.files(), [])
 
     def test_images(self):
         head = tga(0, 0)[:12]
