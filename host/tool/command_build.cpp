@@ -46,7 +46,7 @@ public:
         if (!events_.empty()) {
             QString error;
             if (!events.open(argument(events_), error)) {
-                context.console.error(error);
+                context.console.error(framework::printable(error));
                 return EXIT_CODE::environment;
             }
             observers.push_back(&events);
@@ -72,7 +72,8 @@ private:
         if (counts.failed > 0) {
             QStorageInfo const disk(session.project().working);
             if (disk.isValid() && disk.bytesAvailable() < full_disk) {
-                console.error(QStringLiteral("the disk that holds %1 is full").arg(session.project().working));
+                console.error(
+                    QStringLiteral("the disk that holds %1 is full").arg(CONSOLE::shown(session.project().working)));
                 return EXIT_CODE::environment;
             }
             return EXIT_CODE::failed;

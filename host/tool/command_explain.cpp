@@ -43,7 +43,8 @@ public:
             return code;
         std::optional<QString> const path = session.project_path(path_);
         if (!path) {
-            context.console.error(QStringLiteral("%1 lies in neither data folder of the project").arg(argument(path_)));
+            context.console.error(QStringLiteral("%1 lies in neither data folder of the project")
+                                      .arg(framework::printable(argument(path_))));
             return EXIT_CODE::wrong_use;
         }
         LOGICAL_PATH const logical(*path);

@@ -87,7 +87,7 @@ public:
             std::optional<FILE_DESCRIPTION> const file = IMAGE_LOADER::describe(native_path(path), cause);
             if (!file) {
                 all_read = false;
-                context.console.error(QStringLiteral("%1: %2").arg(path, text(cause)));
+                context.console.error(QStringLiteral("%1: %2").arg(framework::printable(path), text(cause)));
             } else if (json_) {
                 descriptions.append(as_json(path, *file));
             } else {

@@ -56,7 +56,7 @@ public:
         QDir const folder(given.empty() ? QStringLiteral(".") : argument(given));
         QString const file = QDir::cleanPath(folder.filePath(QLatin1String(framework::project_file_name)));
         auto const fail = [&](EXIT_CODE code, QString const& text) {
-            context.console.error(text);
+            context.console.error(framework::printable(text));
             return code;
         };
         if (QFileInfo::exists(file) || QFileInfo(file).isSymLink())

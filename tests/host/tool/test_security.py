@@ -94,6 +94,9 @@ class Names(ProjectTest):
                 if command == ["info"]:
                     self.assertEqual(len(out.splitlines()), 1, out)
             os.remove(self.folder / "raw_data" / f"{name}.tga")
+            for command in (["info"], ["explain"], ["view"], ["-C", self.folder / name, "plan"]):
+                err = self.zab(*command, "--", *([] if "-C" in command else ["../" + name]), folder="raw_data")[2]
+                self.assertLessEqual(len(err.splitlines()), 1, (command, name, err))
         self.assertFalse((self.folder / "raw_data/oops").exists())
 
     def test_failures_stay_in_their_line(self):
