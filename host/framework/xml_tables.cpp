@@ -3,6 +3,7 @@
 #include "host/framework/read_recorder.hpp"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QXmlStreamReader>
 
 namespace framework {
@@ -17,6 +18,11 @@ void note_read(QString const& table) {
 }  // namespace
 
 bool XML_TABLES::load(QString const& table, QString const& path, QString& error) {
+    // Pipes and devices have no end that could be waited for.
+    if (QFileInfo const info(path); info.exists() && !info.isFile()) {
+        error = QStringLiteral("%1: error: is no regular file").arg(path);
+        return false;
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("%1: error: %2").arg(path, file.errorString());
@@ -47,11 +53,9 @@ bool XML_TABLES::load(QString const& table, QString const& path, QString& error)
         xml.raiseError(QStringLiteral("the root element is not 'table'"));
     }
     if (xml.hasError()) {
-        error = QStringLiteral("%1:%2:%3: error: %4")
-                    .arg(path)
-                    .arg(xml.lineNumber())
-                    .arg(xml.columnNumber())
-                    .arg(xml.errorString());
+        error =
+            QStringLiteral("%1:%2:%3: error: %4")
+                .arg(path, QString::number(xml.lineNumber()), QString::number(xml.columnNumber()), xml.errorString());
         return false;
     }
     tables_.insert(table, content);

@@ -1,5 +1,7 @@
 #include "host/tool/build_report.hpp"
 
+#include "host/framework/printable.hpp"
+
 #include <algorithm>
 
 namespace tool {
@@ -19,8 +21,8 @@ void BUILD_REPORT::run_started(PLAN const& plan) {
 
 void BUILD_REPORT::action_started(PLANNED_ACTION const& planned) {
     if (explains_)
-        console_.message(
-            QStringLiteral("%1: %2").arg(planned.name, planned.error.isEmpty() ? planned.reason : planned.error));
+        console_.message(QStringLiteral("%1: %2").arg(
+            planned.name, framework::printable(planned.error.isEmpty() ? planned.reason : planned.error)));
 }
 
 void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
@@ -34,8 +36,8 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
                                                     : result.lines.first();
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
-        failures_.push_back(
-            {planned.id, planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
+        failures_.push_back({planned.id, planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()),
+                             framework::printable(cause)});
     }
     if (console_.verbosity() == VERBOSITY::quiet ? !failed : console_.error_is_terminal() && !has_block)
         return;
@@ -48,7 +50,7 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
     QString block = QStringLiteral("[%1/%2] %3: %4").arg(finished_).arg(total_).arg(status, planned.name);
     if (has_block)
         for (QString const& line : result.library_lines + result.lines)
-            block += QStringLiteral("\n") + line;
+            block += QStringLiteral("\n") + framework::printable(line);
     console_.message(block);
 }
 

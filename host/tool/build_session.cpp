@@ -1,5 +1,6 @@
 #include "host/tool/build_session.hpp"
 
+#include "host/framework/printable.hpp"
 #include "host/tool/database_step.hpp"
 #include "processor/host/paths.hpp"
 
@@ -43,9 +44,10 @@ EXIT_CODE BUILD_SESSION::open_project() {
         QString const folder = argument(options_.directory);
         file = QDir(folder).absoluteFilePath(QLatin1String(framework::project_file_name));
         if (!QFileInfo::exists(file)) {
-            console_.error(QFileInfo(folder).isDir()
-                               ? QStringLiteral("no zab.toml in %1; \"zab init\" makes one").arg(folder)
-                               : QStringLiteral("there is no folder %1").arg(folder));
+            console_.error(
+                QFileInfo(folder).isDir()
+                    ? QStringLiteral("no zab.toml in %1; \"zab init\" makes one").arg(framework::printable(folder))
+                    : QStringLiteral("there is no folder %1").arg(framework::printable(folder)));
             return EXIT_CODE::wrong_use;
         }
     }
@@ -105,7 +107,7 @@ EXIT_CODE BUILD_SESSION::load_plugin() {
     QString error;
     if (plugin_.load(plugin_file(), error))
         return EXIT_CODE::success;
-    console_.error(error);
+    console_.error(framework::printable(error));
     return EXIT_CODE::environment;
 }
 

@@ -1,4 +1,5 @@
 // zab build [PATH...]: builds the project, or what is made from the files at or below the paths.
+#include "host/framework/printable.hpp"
 #include "host/tool/build_report.hpp"
 #include "host/tool/database_step.hpp"
 #include "host/tool/events.hpp"
@@ -75,7 +76,7 @@ public:
         if (!events_.empty()) {
             QString error;
             if (!events.open(argument(events_), error)) {
-                context.console.error(error);
+                context.console.error(framework::printable(error));
                 return EXIT_CODE::environment;
             }
             observers.push_back(&events);
@@ -118,9 +119,11 @@ private:
             if (planned.state == PLANNED_ACTION::STATE::up_to_date)
                 continue;
             bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
-            QString const what = is_error ? QStringLiteral("would fail: %1: %2").arg(planned.name, planned.error)
-                                          : QStringLiteral("would run: %1").arg(planned.name);
-            console.result(explain_ && !is_error ? what + QStringLiteral(": ") + planned.reason : what);
+            QString const what =
+                is_error ? QStringLiteral("would fail: %1: %2").arg(planned.name, framework::printable(planned.error))
+                         : QStringLiteral("would run: %1").arg(planned.name);
+            console.result(explain_ && !is_error ? what + QStringLiteral(": ") + framework::printable(planned.reason)
+                                                 : what);
         }
     }
 
@@ -143,7 +146,7 @@ private:
                 QStorageInfo const disk(folder);
                 bool const lacks_room = folder == session.project().working && counts.disk_full;
                 if (lacks_room || (disk.isValid() && disk.bytesAvailable() < full_disk)) {
-                    console.error(QStringLiteral("the disk that holds %1 is full").arg(folder));
+                    console.error(QStringLiteral("the disk that holds %1 is full").arg(CONSOLE::shown(folder)));
                     return EXIT_CODE::environment;
                 }
             }

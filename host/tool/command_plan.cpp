@@ -1,4 +1,5 @@
 // zab plan [PATH...]: the actions of a build, in the order in which they run, without running any.
+#include "host/framework/printable.hpp"
 #include "host/tool/open_plan.hpp"
 #include "host/tool/plan_json.hpp"
 
@@ -45,7 +46,7 @@ private:
         QString const state = is_error ? QStringLiteral("error: ") + planned.error
                               : planned.state == PLANNED_ACTION::STATE::up_to_date ? QStringLiteral("up to date")
                                                                                    : planned.reason;
-        console.result(QStringLiteral("%1 %2: %3").arg(planned.id).arg(planned.name, state));
+        console.result(QStringLiteral("%1 %2: %3").arg(planned.id).arg(planned.name, framework::printable(state)));
         for (LOGICAL_PATH const& source : planned.sources)
             console.result(QStringLiteral("  reads ") + shown_file(source));
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)

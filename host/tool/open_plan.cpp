@@ -1,5 +1,6 @@
 #include "host/tool/open_plan.hpp"
 
+#include "host/framework/printable.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QFileInfo>
@@ -15,11 +16,12 @@ EXIT_CODE find_paths(CONTEXT& context, BUILD_SESSION const& session, std::vector
     for (std::string const& text : given) {
         std::optional<QString> const path = session.project_path(text);
         if (!path) {
-            context.console.error(QStringLiteral("%1 lies in neither data folder of the project").arg(argument(text)));
+            context.console.error(QStringLiteral("%1 lies in neither data folder of the project")
+                                      .arg(framework::printable(argument(text))));
             return EXIT_CODE::wrong_use;
         }
         if (!QFileInfo::exists(PATHS::physical_path(LOGICAL_PATH(*path)))) {
-            context.console.error(QStringLiteral("%1 does not exist").arg(argument(text)));
+            context.console.error(QStringLiteral("%1 does not exist").arg(framework::printable(argument(text))));
             return EXIT_CODE::wrong_use;
         }
         found.push_back(*path);

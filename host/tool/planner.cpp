@@ -2,6 +2,7 @@
 // among actions that are free, the processors' own order holds (Kahn's algorithm with a queue sorted by that order).
 #include "host/tool/planner.hpp"
 
+#include "host/framework/printable.hpp"
 #include "host/tool/target_guard.hpp"
 #include "processor/host/paths.hpp"
 
@@ -48,7 +49,7 @@ private:
             planned.id = static_cast<int>(i) + 1;
             planned.action = action;
             planned.is_last_step = are_last_step;
-            planned.name = action->get_name(true);
+            planned.name = framework::printable(action->get_name(true));
             QDateTime newest;
             action->get_affected_files(planned.sources, planned.targets, newest, session_.files(), session_.rules());
             if (!action->error().isEmpty()) {
@@ -71,7 +72,7 @@ private:
                 RULE_VALUES::VALUE const* const value =
                     rule.exists() ? rule.values()->find(QLatin1String(property)) : nullptr;
                 if (value)
-                    places += QStringLiteral("%1:%2").arg(CONSOLE::shown(value->file)).arg(value->line);
+                    places += QStringLiteral("%1:%2").arg(CONSOLE::shown(value->file), QString::number(value->line));
             }
         }
         places.removeDuplicates();

@@ -23,6 +23,12 @@ bool write_whole(std::filesystem::path const& path, std::span<std::span<std::uin
     return false;
 }
 
+/// A file that a killed program left is of no use, and through a link in its place the bytes would end up elsewhere.
+void remove_what_is_left(std::filesystem::path const& path) {
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
 }  // namespace
 
 bool replace_file(std::filesystem::path const& target, std::span<std::uint8_t const> bytes, std::string& cause) {
@@ -33,6 +39,7 @@ bool replace_file(std::filesystem::path const& target, std::span<std::span<std::
                   std::string& cause) {
     std::filesystem::path unfinished = target;
     unfinished += ".part";
+    remove_what_is_left(unfinished);
     std::error_code error;
     if (write_whole(unfinished, parts, cause)) {
         std::filesystem::rename(unfinished, target, error);
