@@ -1,5 +1,6 @@
-// How long it takes to choose the actions of a project, for tables of 125,000 to 1,000,000 files: time per file, which has
-// to stay the same for the whole to be linear. No file exists on disk; dispatch goes by names, siblings and rules alone.
+// How long it takes to choose the actions of a project, for tables of 125,000 to 1,000,000 files: time per file, which
+// has to stay the same for the whole to be linear. No file exists on disk; dispatch goes by names, siblings and rules
+// alone.
 #include "host/framework/project_rule_cache.hpp"
 #include "processor/action_dispatch.hpp"
 #include "processor/host/paths.hpp"
