@@ -5,6 +5,7 @@ import os
 import shutil
 import struct
 import subprocess
+import time
 import zipfile
 from dataclasses import dataclass
 from pathlib import Path
@@ -113,6 +114,20 @@ def project(tree_of_images, setting, rules):
              'TargetPath = "{dir}"']
     (folder / "zab.toml").write_text("\n".join(lines + [f"{name} = {value}" for name, value in rules.items()]) + "\n")
     return folder
+
+
+def put_away(*folders):
+    """Makes room for new results, at once: what was there is deleted when everything is measured, since a file system
+    may be slow to make files while it still remembers others that were just deleted."""
+    trash = CACHE / "trash"
+    trash.mkdir(parents=True, exist_ok=True)
+    for folder in folders:
+        if folder.exists():
+            folder.rename(trash / f"{os.getpid()}-{time.monotonic_ns()}")
+
+
+def empty_trash():
+    shutil.rmtree(CACHE / "trash", ignore_errors=True)
 
 
 def folder_of(tree_of_images):

@@ -12,6 +12,7 @@ from end_to_end.measure import OTHERS, interleaved, measured, median, run
 RULES = {
     "highest": {"CompressionFormat": '"dxt1_or_dxt5"'},
     "fastest": {"CompressionFormat": '"dxt1_or_dxt5"', "FastestCompressionQuality": "true"},
+    "bc7": {"CompressionFormat": '"bc7"'},
     "own": {"CompressionFormat": '"dxt1_or_dxt5"', "Compressor": '"ati"'},
     "own-fastest": {"CompressionFormat": '"dxt1_or_dxt5"', "Compressor": '"ati"', "FastestCompressionQuality": "true"},
 }
@@ -25,8 +26,7 @@ class ZAB:
         self.project = inputs.project(tree, setting, RULES[setting])
 
     def build(self, processes):
-        shutil.rmtree(self.project / "working_data", ignore_errors=True)
-        shutil.rmtree(self.project / ".zab", ignore_errors=True)
+        inputs.put_away(self.project / "working_data", self.project / ".zab")
         return run([self.zab, "-C", self.project, "build", "-q", "-j", processes])
 
     def texture(self, image, tree):
@@ -41,12 +41,11 @@ class PEER:
         self.name = name
         self.command = command
         self.folder = inputs.CACHE / "peers" / inputs.folder_of(tree).name / name.replace(" ", "_")
-        shutil.rmtree(self.folder, ignore_errors=True)
         self.arguments = [arguments_of(image, self.texture(image, tree)) for image in tree.images]
 
     def build(self, processes):
         listed = self.folder / "arguments"
-        shutil.rmtree(self.folder, ignore_errors=True)
+        inputs.put_away(self.folder)
         for arguments in self.arguments:
             arguments[-1].parent.mkdir(parents=True, exist_ok=True)
         listed.write_text("".join(f"{argument}\n" for arguments in self.arguments for argument in arguments))
@@ -106,10 +105,11 @@ def measure_tree(name, options):
     table = []
     figures = {}
     for row in rows:
-        made = [(image, row.texture(image, tree)) for image in tree.images]
-        of_opaque = quality.pooled(options.zab, [pair for pair in made if pair[0] in opaque])
-        of_others = quality.pooled(options.zab, [pair for pair in made if pair[0] not in opaque])
-        size = sum(texture.stat().st_size for _, texture in made)
+        made = {image: row.texture(image, tree) for image in tree.images}
+        held = {image: quality.exchanged(image) if isinstance(row, ZAB) else image for image in tree.images}
+        of_opaque = quality.pooled(options.zab, [(held[i], made[i]) for i in tree.images if i in opaque])
+        of_others = quality.pooled(options.zab, [(held[i], made[i]) for i in tree.images if i not in opaque])
+        size = sum(texture.stat().st_size for texture in made.values())
         alone = median(costs[1][row.name])
         together = median(costs[os.cpu_count()][row.name])
         psnrs = [f"{of_opaque[0]:.2f}" if of_opaque else "–"]
@@ -118,7 +118,8 @@ def measure_tree(name, options):
                       report.seconds(alone.processor), report.mebibytes(alone.peak_bytes),
                       report.mebibytes(size), *psnrs])
         figures[row.name] = alone, together
-    sample = [(image, rows[0].texture(image, tree)) for image in tree.images[:: max(1, len(tree.images) // 10)]]
+    sample = [(quality.exchanged(image), rows[0].texture(image, tree))
+              for image in tree.images[:: max(1, len(tree.images) // 10)]]
     quality.check_against_openimageio(options.zab, sample)
     heads = ["", "wall, 1 process", f"wall, {os.cpu_count()}", "processor", "peak", "size", "RGB, opaque",
              "RGB, others", "alpha"]
