@@ -1,5 +1,6 @@
 #include "processor/action_dispatch.hpp"
 
+#include "atlas/action_atlas.hpp"
 #include "combine/action_billboard.hpp"
 #include "combine/action_channel_combine.hpp"
 #include "combine/action_colour_mask.hpp"
@@ -201,8 +202,22 @@ void ACTION_DISPATCH::dispatch_atlas(SOURCE const& source) {
                              is_positive_number(rule.value(QStringLiteral("Width"))) &&
                              is_positive_number(rule.value(QStringLiteral("Height")));
     if (!is_complete)
-        add_error(QStringLiteral("Create atlas"),
-                  QStringLiteral("No target base name or width or height has been specified in the rule!"), source);
+        return add_error(QStringLiteral("Create atlas"),
+                         QStringLiteral("No target base name or width or height has been specified in the rule!"),
+                         source);
+    QString target = source.working_directory + QLatin1Char('/') +
+                     PATHS::relative_target_path_from_rule_path(rule, QStringLiteral("TargetBaseName"), source.logical,
+                                                                source.physical);
+    while (target.endsWith(QLatin1Char('/')))
+        target.chop(1);
+    ACTION_ATLAS*& atlas = atlases_[PHYSICAL_PATH(target)];
+    if (atlas == nullptr) {
+        auto action = std::make_unique<ACTION_ATLAS>(PHYSICAL_PATH(target), rule.value(QStringLiteral("Width")).toInt(),
+                                                     rule.value(QStringLiteral("Height")).toInt(), processor_);
+        atlas = action.get();
+        result_.push_back(std::move(action));
+    }
+    atlas->add_source(source.logical);
 }
 
 /// A gloss map takes the faction mask of its stem in, so that mask gets no texture of its own.

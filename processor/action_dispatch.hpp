@@ -9,6 +9,7 @@
 #include "processor/host/processor_interface.hpp"
 #include "processor/host/rule_cache.hpp"
 
+#include <QHash>
 #include <QMultiHash>
 #include <QRegularExpression>
 #include <QSet>
@@ -16,6 +17,8 @@
 
 #include <memory>
 #include <vector>
+
+class ACTION_ATLAS;
 
 /// One pass over the file table. Made for one call of create_actions and thrown away.
 class ACTION_DISPATCH {
@@ -73,4 +76,6 @@ private:
     QSet<QString> smoothness_stems_;
     /// Stem → conversion of its "_factionmask.tga". Borrowed from the result.
     QMultiHash<QString, ACTION_CONVERT*> faction_masks_;
+    /// Target → the atlas that all its sources go into. Borrowed from the result.
+    QHash<PHYSICAL_PATH, ACTION_ATLAS*> atlases_;
 };

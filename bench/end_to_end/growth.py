@@ -88,6 +88,22 @@ def sides(options):
                 lambda folder: [options.zab, "-C", folder, "build", "-q", "-j", "1"])
 
 
+def atlas(options):
+    """One atlas of images of 16 x 16 texels on pages of 1024 x 1024, 4096 on each."""
+
+    def make(count):
+        folder = project("atlas", {"name": '"Atlas"', "TargetBaseName": '"icons"', "Width": 1024, "Height": 1024})
+        icon = folder / "raw_data" / "icon0.tga"
+        tga(icon, 16, 16)
+        for number in range(1, count):
+            shutil.copyfile(icon, icon.with_name(f"icon{number}.tga"))
+        return folder
+
+    return grow(options, "atlas", "sources of an atlas", [10, 100, 1000, 10_000], make,
+                lambda folder: [options.zab, "-C", folder, "build", "-q", "-j", "1"])
+
+
 def measurements():
     yield "growth-sources", sources
     yield "growth-side", sides
+    yield "growth-atlas", atlas

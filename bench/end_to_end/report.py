@@ -17,7 +17,7 @@ def seconds(value):
 
 
 def mebibytes(value):
-    return f"{value / 2**20:.0f} MiB"
+    return f"{value / 2**20:.{0 if value >= 10 * 2**20 else 1}f} MiB"
 
 
 def percent(value):

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <exception>
 #include <vector>
 
@@ -58,6 +59,14 @@ QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STATE> con
     return {};
 }
 
+/// Whether the action itself did away with a file that it had announced: one that an earlier build left over.
+bool was_removed(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE const& target) {
+    auto const& registered = planned.action->registered_files();
+    return std::any_of(registered.begin(), registered.end(), [&](ACTION_INTERFACE::REGISTERED_FILE const& file) {
+        return file.kind == ACTION_INTERFACE::REGISTERED_FILE::KIND::removed && file.path == target.physical_path;
+    });
+}
+
 ACTION_INTERFACE::STATUS run(PLANNED_ACTION const& planned, FILE_MAP const& files, RULE_CACHE const& rules,
                              QString& thrown) {
     try {
@@ -101,8 +110,8 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     if (succeeded && own_line.isEmpty()) {
         result.status = ACTION_RESULT::STATUS::succeeded;
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-            result.made_no_file =
-                result.made_no_file || (!target.temporary && !QFileInfo::exists(target.physical_path));
+            result.made_no_file = result.made_no_file || (!target.temporary && !was_removed(planned, target) &&
+                                                          !QFileInfo::exists(target.physical_path));
         return result;
     }
     // An action with an error never touched its targets, and its announced ones may be another's.

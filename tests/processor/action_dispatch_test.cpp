@@ -179,6 +179,20 @@ TEST(action_dispatch, rows_that_come_before_others) {
               list({"Convert billboard (a_billboard_normal.tga) ! Displacement map not found!", atlas}));
 }
 
+TEST(action_dispatch, atlases_gather_what_has_their_target) {
+    TEST_RULES rules;
+    rules.add("", "Atlas", {{"TargetBaseName", "ui/{dir}//"}, {"Width", "64"}, {"Height", 64}})
+        .add("b.png", "Texture", {{"TargetPath", "t"}})
+        .add("c.tif", "Atlas", {{"TargetBaseName", "ui/d"}, {"Width", 128}, {"Height", 128}})
+        .add("e.tga", "Atlas", {{"TargetBaseName", "//"}, {"Width", 8}, {"Height", 8}})
+        .add("f.fga", "Atlas", {{"TargetBaseName", "ui/d"}, {"Width", 8}, {"Height", -8}});
+    EXPECT_EQ(
+        dispatched(list({"d/a.tga", "d/b.png", "d/c.tif", "d/x/a.dds", "e.tga", "f.fga", "g.jpg"}), rules),
+        list({"Create atlas -> /out/ui/d.tai < d/a.tga d/b.png d/c.tif", "Convert texture (d/b.png) -> /out/t/b.dds",
+              "Create atlas -> /out/ui/d/x.tai < d/x/a.dds", "Create atlas -> /out.tai < e.tga",
+              "Create atlas ! No target base name or width or height has been specified in the rule!"}));
+}
+
 TEST(action_dispatch, rules_pick_the_class_of_packed_maps) {
     QStringList const files =
         list({"a_mask2.tga", "b_colormask.tga", "c_colormask4.tga", "d_gloss.tga", "d_level.tga", "e_smoothness.tga"});
