@@ -5,7 +5,7 @@ import os
 import subprocess
 import sys
 
-from end_to_end import inputs, quality, report
+from end_to_end import inputs, quality, ratios, report
 from end_to_end.main_job import PEER, ZAB
 from end_to_end.measure import OTHERS, interleaved, measured, median
 
@@ -43,7 +43,7 @@ def measure(options):
         print("left out: bc7enc (the package has no program for this machine)", file=sys.stderr)
     costs = {processes: interleaved({row.name: lambda row=row: row.build(processes) for row in rows}, options.runs)
              for processes in dict.fromkeys((os.cpu_count(), 1))}
-    table = []
+    table, figures = [], {}
     for row in rows:
         if row.name not in costs[1]:
             continue
@@ -56,8 +56,10 @@ def measure(options):
         table.append([row.name, report.seconds(alone.wall), report.seconds(together.wall),
                       report.seconds(alone.processor), f"{texels / 1e6 / alone.processor:.2f}",
                       report.mebibytes(alone.peak_bytes), report.mebibytes(size), *(f"{value:.2f}" for value in psnrs)])
+        figures[row.name] = alone.processor * tree.texels / texels, psnrs[0]
     heads = ["", "wall, 1 process", f"wall, {os.cpu_count()}", "processor", "million texels / s", "peak", "size", "RGB",
              "alpha"]
+    ratios.keep("bc7", figures)
     return {"bc7": f"{tree.described()}. {measured(options.runs, others)}\n\n{report.table(heads, table)}"}
 
 

@@ -6,7 +6,7 @@ import os
 import shutil
 import sys
 
-from end_to_end import inputs, quality, report
+from end_to_end import inputs, quality, ratios, report
 from end_to_end.measure import OTHERS, interleaved, measured, median, run
 
 RULES = {
@@ -84,7 +84,6 @@ ORDER = ["zab", "nvcompress", "zab, own encoders", "ImageMagick cluster-fit",
 
 
 def measure_tree(name, options):
-    """A table of one tree, and the figures of the README's: row → (wall alone, PSNR of opaque colours)."""
     tree = inputs.tree(name, options.sample)
     others = OTHERS()
     ours = [ZAB("zab", options.zab, tree, "highest"), ZAB("zab, fastest", options.zab, tree, "fastest"),
@@ -117,7 +116,7 @@ def measure_tree(name, options):
         table.append([row.name, report.seconds(alone.wall), report.seconds(together.wall),
                       report.seconds(alone.processor), report.mebibytes(alone.peak_bytes),
                       report.mebibytes(size), *psnrs])
-        figures[row.name] = alone, together
+        figures[row.name] = alone.processor, of_opaque[0] if of_opaque else None
     sample = [(quality.exchanged(image), rows[0].texture(image, tree))
               for image in tree.images[:: max(1, len(tree.images) // 10)]]
     quality.check_against_openimageio(options.zab, sample)
@@ -125,9 +124,10 @@ def measure_tree(name, options):
              "RGB, others", "alpha"]
     kinds = f"{len(opaque)} opaque (DXT1), {len(tree.images) - len(opaque)} with alpha (DXT5)"
     said = f"{tree.described()}; {kinds}. {measured(options.runs, others)}"
-    return f"{said}\n\n{report.table(heads, table)}", figures
+    ratios.keep(name, figures)
+    return {f"main-{name}": f"{said}\n\n{report.table(heads, table)}"}
 
 
 def measurements():
     for name in inputs.SOURCES:
-        yield f"main-{name}", lambda options, name=name: {f"main-{name}": measure_tree(name, options)[0]}
+        yield f"main-{name}", lambda options, name=name: measure_tree(name, options)
