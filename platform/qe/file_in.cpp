@@ -46,6 +46,10 @@ bool FileIn::seek(std::uint64_t position) {
     if (!is_open() || position > size_) {
         return false;
     }
+    // Any move makes the stream forget what it has read ahead.
+    if (position == position_ && file_.good()) {
+        return true;
+    }
     file_.clear();
     file_.seekg(static_cast<std::streamoff>(position));
     if (!file_) {
