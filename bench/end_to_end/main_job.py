@@ -61,14 +61,19 @@ def format_of(texture):
         return file.read(88)[84:]
 
 
+def nvcompress():
+    """Debian's program as a command: the installed one, or one that is only unpacked."""
+    if program := shutil.which("nvcompress"):
+        return [program]
+    library = next(inputs.debian_package("libnvtt2").rglob("libnvtt.so.*")).parent
+    return ["env", f"LD_LIBRARY_PATH={library}", inputs.debian_package("libnvtt-bin") / "usr/bin/nvcompress"]
+
+
 def peers(tree, textures):
     """`textures`: image → the texture that zab made of it."""
     formats = {image: DXT[format_of(texture)] for image, texture in textures.items()}
-    if shutil.which("nvcompress"):
-        for name, options in ("nvcompress", []), ("nvcompress -fast", ["-fast"]):
-            yield PEER(name, tree, ["nvcompress", "-nocuda", *options], lambda i, t: [formats[i][0], i, t])
-    else:
-        print("left out: nvcompress (Debian's libnvtt-bin is not installed)", file=sys.stderr)
+    for name, options in ("nvcompress", []), ("nvcompress -fast", ["-fast"]):
+        yield PEER(name, tree, [*nvcompress(), "-nocuda", *options], lambda i, t: [formats[i][0], i, t])
     # Its own threads stand in each other's way when several processes run, so it gets one.
     # Distributions differ in which of the names are there; a plain `convert` may be another program.
     if magick := shutil.which("convert-im6") or shutil.which("magick"):
@@ -76,7 +81,7 @@ def peers(tree, textures):
             yield PEER(name, tree, ["env", "MAGICK_THREAD_LIMIT=1", magick, "-define", f"dds:cluster-fit={cluster_fit}"],
                        lambda i, t: ["-define", f"dds:compression={formats[i][1]}", i, "-auto-orient", t])
     else:
-        print("left out: ImageMagick", file=sys.stderr)
+        print("left out: ImageMagick (it is not installed)", file=sys.stderr)
 
 
 ORDER = ["zab", "nvcompress", "zab, own encoders", "ImageMagick cluster-fit",
