@@ -16,6 +16,8 @@ STAGES = [
     ("blocks", r"", r"blocks::|squish::|nv::(Optimal|Quick|Slow|Fast)\w*|nv::(Alpha|Color)Block|nv::\w*Compressor"),
     ("mip levels", r"", r"TOOLDATABUILDER::(\(anonymous namespace\)::)?(make_lower_mips|average_|narrow|widen|halve)"
                         r"|nv::FloatImage|nv::\w*Filter|make_one_bit_alpha_chain"),
+    # Powers are taken for gamma alone, on the way into the levels' averages and back.
+    ("mip levels", r"libm\.", r""),
     ("reading", r"libz\.|libpng|libjpeg|libtiff|libfreeimage", r""),
     ("reading", r"ZAB_Texture", r"QE::(?!replace_file)|IMAGE_LOADER::(\(anonymous namespace\)::)?(take_|load|detect)"),
     ("working copy, channels", r"ZAB_Texture", r"IMAGE_LOADER::|premultiply|(\(anonymous namespace\)::)?multiply_as_is"
