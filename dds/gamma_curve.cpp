@@ -1,8 +1,7 @@
 #include "dds/gamma_curve.hpp"
 
-#include <algorithm>
-#include <bit>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -23,7 +22,7 @@ GAMMA_CURVE::GAMMA_CURVE(float exponent) {
     for (int value = 0; value < 256; ++value)
         linear_[static_cast<std::size_t>(value)] = power(static_cast<float>(value) * one_255th, exponent);
 
-    // Floats that are not negative are ordered as their bits are, so a step is found by halving a range of bits.
+    // A step is found by halving a range of bits.
     for (int step = 0; step < 255; ++step) {
         std::uint32_t below = std::bit_cast<std::uint32_t>(0.0F);
         std::uint32_t above = std::bit_cast<std::uint32_t>(2.0F);
@@ -34,13 +33,19 @@ GAMMA_CURVE::GAMMA_CURVE(float exponent) {
         }
         steps_[static_cast<std::size_t>(step)] = std::bit_cast<float>(above);
     }
-}
+    steps_.back() = std::numeric_limits<float>::infinity();
 
-std::uint8_t GAMMA_CURVE::to_byte(float linear) const {
-    return static_cast<std::uint8_t>(std::upper_bound(steps_.begin(), steps_.end(), linear) - steps_.begin());
+    // The first bucket begins at 0, whatever its number says.
+    reached_[0] = 0;
+    std::size_t byte = 0;
+    for (std::uint32_t i = 1; i < reached_.size(); ++i) {
+        while (steps_[byte] <= std::bit_cast<float>((first_bucket + i) << dropped_bits))
+            ++byte;
+        reached_[i] = static_cast<std::uint8_t>(byte);
+    }
 }
 
 GAMMA_CURVE const& GAMMA_CURVE::standard() {
-    static GAMMA_CURVE const curve(2.2F);
+    static GAMMA_CURVE const curve(standard_exponent);
     return curve;
 }

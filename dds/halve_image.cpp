@@ -9,12 +9,17 @@
 
 namespace {
 
+/// The texels that one of the half covers: upper left and right, lower left and right.
 using BLOCK = std::array<std::uint8_t const*, 4>;
 
-void average_as_is(BLOCK const& block, std::uint8_t* out) {
-    for (std::size_t channel = 0; channel < 4; ++channel) {
-        unsigned const sum = 2U + block[0][channel] + block[1][channel] + block[2][channel] + block[3][channel];
-        out[channel] = static_cast<std::uint8_t>(sum / 4);
+/// `right` is how far the right texel of a pair lies from the left one.
+void average_as_is(std::uint8_t const* upper, std::uint8_t const* lower, std::size_t right, std::size_t texels,
+                   std::uint8_t* out) {
+    for (std::size_t x = 0; x < texels; ++x, upper += 8, lower += 8, out += 4) {
+        for (std::size_t channel = 0; channel < 4; ++channel) {
+            unsigned const sum = 2U + upper[channel] + upper[right + channel] + lower[channel] + lower[right + channel];
+            out[channel] = static_cast<std::uint8_t>(sum / 4);
+        }
     }
 }
 
@@ -41,17 +46,20 @@ IMAGE_LOADER::IMAGE halve_image(IMAGE_LOADER::IMAGE const& source, GAMMA_CURVE c
     std::size_t const pitch = source.get_image_info().surfaces[0].row_pitch;
     std::uint8_t const* const texels = source.level(0).data();
     std::uint8_t* out = half.level(0).data();
-    for (std::size_t y = 0; y < height; ++y) {
+    // Only a side of one texel has no second column or row; a larger odd one leaves its last out.
+    std::size_t const right = source_width > 1 ? 4 : 0;
+    std::size_t const below = source_height > 1 ? pitch : 0;
+    for (std::size_t y = 0; y < height; ++y, out += std::size_t{4} * width) {
         std::uint8_t const* const upper = texels + 2 * y * pitch;
-        std::uint8_t const* const lower = texels + std::min(2 * y + 1, source_height - 1) * pitch;
-        for (std::size_t x = 0; x < width; ++x, out += 4) {
-            std::size_t const left = 4 * (2 * x);
-            std::size_t const right = 4 * std::min(2 * x + 1, source_width - 1);
-            BLOCK const block = {upper + left, upper + right, lower + left, lower + right};
-            if (curve != nullptr)
-                average_in_linear_light(block, *curve, out);
-            else
-                average_as_is(block, out);
+        std::uint8_t const* const lower = upper + below;
+        if (curve == nullptr) {
+            average_as_is(upper, lower, right, width, out);
+            continue;
+        }
+        for (std::size_t x = 0; x < width; ++x) {
+            std::size_t const left = 8 * x;
+            average_in_linear_light({upper + left, upper + left + right, lower + left, lower + left + right}, *curve,
+                                    out + 4 * x);
         }
     }
     return half;

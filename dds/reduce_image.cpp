@@ -40,7 +40,8 @@ bool is_four_bytes_a_texel(IMAGE const& image) {
 
 bool reduce_image(OUTPUT_LINE_SINK& sink, IMAGE& image, std::int32_t drop_mips, std::uint32_t max_size,
                   bool need_gamma_correction, float gamma) {
-    std::optional<GAMMA_CURVE> curve;
+    std::optional<GAMMA_CURVE> other_curve;
+    GAMMA_CURVE const* curve = nullptr;
     for (std::int32_t reductions = 0; reductions < drop_mips || image.width() > max_size || image.height() > max_size;
          ++reductions) {
         bool const has_levels = image.number_of_mips() >= 2;
@@ -57,9 +58,11 @@ bool reduce_image(OUTPUT_LINE_SINK& sink, IMAGE& image, std::int32_t drop_mips, 
         }
         if (has_levels)
             continue;
-        if (need_gamma_correction && !curve)
-            curve.emplace(gamma);
-        image = halve_image(image, curve ? &*curve : nullptr);
+        if (need_gamma_correction && curve == nullptr) {
+            bool const is_standard = gamma == GAMMA_CURVE::standard_exponent;
+            curve = is_standard ? &GAMMA_CURVE::standard() : &other_curve.emplace(gamma);
+        }
+        image = halve_image(image, curve);
     }
     return true;
 }

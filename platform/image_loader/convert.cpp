@@ -2,6 +2,7 @@
 
 #include "blocks/decode.hpp"
 #include "blocks/half_float.hpp"
+#include "platform/image_loader/exchange_red_and_blue.hpp"
 
 #include <array>
 #include <bit>
@@ -190,10 +191,7 @@ void copy_row(std::uint8_t const* from, std::uint8_t* to, std::uint32_t width, b
         std::memcpy(to, from, std::size_t{4} * width);
         return;
     }
-    for (std::uint32_t x = 0; x < width; ++x, from += 4, to += 4) {
-        TEXEL const texel = {from[2], from[1], from[0], from[3]};
-        std::memcpy(to, texel.data(), 4);
-    }
+    exchange_red_and_blue(from, to, width);
 }
 
 bool convert_checked(IMAGE const& source, std::uint32_t source_level, IMAGE& destination,

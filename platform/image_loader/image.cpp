@@ -1,6 +1,7 @@
 #include "platform/image_loader/image.hpp"
 
 #include "platform/image_loader/convert.hpp"
+#include "platform/image_loader/exchange_red_and_blue.hpp"
 #include "platform/image_loader/load_dds.hpp"
 #include "platform/image_loader/load_with_freeimage.hpp"
 
@@ -149,9 +150,7 @@ void IMAGE::load_dds(std::span<std::uint8_t const> file) {
             fail(std::move(cause));
             return;
         } else {
-            for (std::uint64_t i = 0; i < target.bytes; i += 4) {
-                std::swap(target.texels[i], target.texels[i + 2]);
-            }
+            exchange_red_and_blue(target.texels, target.texels, target.bytes / 4);
         }
     }
 }

@@ -4,6 +4,7 @@
 
 #include "platform/checked_size.hpp"
 #include "platform/image_loader/coded_file_bounds.hpp"
+#include "platform/image_loader/exchange_red_and_blue.hpp"
 #include "platform/image_loader/quiet_tiff.hpp"
 #include "platform/image_loader/tif_layout.hpp"
 
@@ -116,7 +117,9 @@ void take_numbers(FIBITMAP* bitmap, std::size_t channels, TEXEL_WRITER const& wr
 }
 
 /// Texels of one to 32 bits, palettes and their transparent entries included.
-bool take_bitmap(FIBITMAP* bitmap, TEXEL_WRITER const& write, DECODED_FILE& decoded) {
+bool take_bitmap(FIBITMAP* bitmap, CHANNEL_ORDER order, DECODED_FILE& decoded) {
+    static_assert(FI_RGBA_GREEN == 1 && FI_RGBA_ALPHA == 3 && FI_RGBA_RED + FI_RGBA_BLUE == 2);
+    bool const is_in_order = (order == CHANNEL_ORDER::red_first) == (FI_RGBA_RED == 0);
     BITMAP converted;
     if (FreeImage_GetBPP(bitmap) != 32) {
         converted.reset(FreeImage_ConvertTo32Bits(bitmap));
@@ -126,16 +129,19 @@ bool take_bitmap(FIBITMAP* bitmap, TEXEL_WRITER const& write, DECODED_FILE& deco
         bitmap = converted.get();
     }
     for (std::uint32_t y = 0; y < decoded.height; ++y) {
-        BYTE const* source = FreeImage_GetScanLine(bitmap, static_cast<int>(decoded.height - 1 - y));
-        std::uint8_t* target = decoded.texels.data() + std::size_t{4} * y * decoded.width;
-        for (std::uint32_t x = 0; x < decoded.width; ++x, source += 4, target += 4) {
-            write(target, source[FI_RGBA_RED], source[FI_RGBA_GREEN], source[FI_RGBA_BLUE], source[FI_RGBA_ALPHA]);
+        BYTE const* const source = FreeImage_GetScanLine(bitmap, static_cast<int>(decoded.height - 1 - y));
+        std::uint8_t* const target = decoded.texels.data() + std::size_t{4} * y * decoded.width;
+        if (is_in_order) {
+            std::memcpy(target, source, std::size_t{4} * decoded.width);
+        } else {
+            exchange_red_and_blue(source, target, decoded.width);
         }
     }
     return true;
 }
 
-bool take_texels(FIBITMAP* bitmap, bool is_grey_alpha_16, TEXEL_WRITER const& write, DECODED_FILE& decoded) {
+bool take_texels(FIBITMAP* bitmap, bool is_grey_alpha_16, CHANNEL_ORDER order, DECODED_FILE& decoded) {
+    TEXEL_WRITER const write(order);
     if (is_grey_alpha_16) {
         // The library takes the two samples of a texel for one of 32 bits.
         if (FreeImage_GetImageType(bitmap) == FIT_UINT32) {
@@ -146,7 +152,7 @@ bool take_texels(FIBITMAP* bitmap, bool is_grey_alpha_16, TEXEL_WRITER const& wr
     }
     switch (FreeImage_GetImageType(bitmap)) {
     case FIT_BITMAP:
-        return take_bitmap(bitmap, write, decoded);
+        return take_bitmap(bitmap, order, decoded);
     case FIT_UINT16:
         take_numbers<std::uint16_t>(bitmap, 1, write, decoded);
         return true;
@@ -296,8 +302,7 @@ std::optional<DECODED_FILE> load_with_freeimage(std::span<std::uint8_t const> fi
                 std::to_string(decoded.height) + " texels";
         return std::nullopt;
     }
-    if (!FreeImage_HasPixels(bitmap.get()) ||
-        !take_texels(bitmap.get(), is_grey_alpha_16(layout), TEXEL_WRITER(order), decoded)) {
+    if (!FreeImage_HasPixels(bitmap.get()) || !take_texels(bitmap.get(), is_grey_alpha_16(layout), order, decoded)) {
         cause = std::string("the texels of the ") + kind.name + " file are of a kind that is not supported";
         return std::nullopt;
     }

@@ -1,5 +1,6 @@
 #include "platform/image_loader/picture.hpp"
 
+#include "platform/image_loader/exchange_red_and_blue.hpp"
 #include "platform/image_loader/load_dds.hpp"
 #include "platform/image_loader/load_image_file.hpp"
 #include "platform/image_loader/load_with_freeimage.hpp"
@@ -55,9 +56,7 @@ std::optional<PICTURE> load_tga_picture(std::filesystem::path const& path, std::
         return std::nullopt;
     }
     PICTURE picture{tga->width, tga->height, {tga->pixels.begin(), tga->pixels.end()}};
-    for (std::size_t i = 0; i < picture.rgba.size(); i += 4) {
-        std::swap(picture.rgba[i], picture.rgba[i + 2]);
-    }
+    exchange_red_and_blue(picture.rgba.data(), picture.rgba.data(), picture.rgba.size() / 4);
     return picture;
 }
 

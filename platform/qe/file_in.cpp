@@ -12,6 +12,9 @@ FileIn::FileIn(String const& path) {
     if (!std::filesystem::is_regular_file(native, error) || error) {
         return;
     }
+    // Rows are read one by one: few calls to the system for many of them. It holds for files opened from now on.
+    buffer_.resize(buffer_bytes);
+    file_.rdbuf()->pubsetbuf(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
     file_.open(native, std::ios::binary);
     if (!file_.is_open()) {
         return;
@@ -42,6 +45,10 @@ bool FileIn::read(std::span<std::uint8_t> bytes) {
 bool FileIn::seek(std::uint64_t position) {
     if (!is_open() || position > size_) {
         return false;
+    }
+    // Any move makes the stream forget what it has read ahead.
+    if (position == position_ && file_.good()) {
+        return true;
     }
     file_.clear();
     file_.seekg(static_cast<std::streamoff>(position));

@@ -4,9 +4,11 @@
 
 #include "platform/qe/string.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <span>
+#include <vector>
 
 namespace QE {
 
@@ -30,6 +32,9 @@ public:
     bool seek(std::uint64_t position);
 
 private:
+    static constexpr std::size_t buffer_bytes = 65536;
+
+    std::vector<char> buffer_;
     std::ifstream file_;
     std::uint64_t size_ = 0;
     std::uint64_t position_ = 0;

@@ -94,6 +94,10 @@ public:
 
     /// False when an index lies outside the map; `bad_index` then holds it.
     bool widen(std::uint8_t const* coded, std::span<std::uint8_t> row, std::uint32_t& bad_index) const {
+        if (format_ == TGA_PIXEL_FORMAT::true_colour_24) {
+            widen_24_bits(coded, row);
+            return true;
+        }
         std::size_t const coded_bytes = (bits_ + 7) / 8;
         for (std::size_t x = 0; x < row.size() / 4; ++x, coded += coded_bytes) {
             TEXEL texel;
@@ -125,6 +129,22 @@ public:
     }
 
 private:
+    static void widen_24_bits(std::uint8_t const* coded, std::span<std::uint8_t> row) {
+        if (row.empty()) {
+            return;
+        }
+        // Four bytes at a time, the fourth being the next texel's; only the last texel has no next one.
+        TEXEL texel;
+        std::size_t const last = row.size() - 4;
+        for (std::size_t at = 0; at < last; at += 4, coded += 3) {
+            std::memcpy(texel.data(), coded, 4);
+            texel[3] = 255;
+            std::memcpy(row.data() + at, texel.data(), 4);
+        }
+        std::memcpy(row.data() + last, coded, 3);
+        row[last + 3] = 255;
+    }
+
     TGA_PIXEL_FORMAT format_;
     std::uint32_t bits_;
     bool top_bit_is_alpha_;
@@ -208,16 +228,19 @@ std::optional<IMAGE32> read_checked(FileIn& file, TGAHeader const& header, std::
     ROW_WIDENER const widener(header, std::move(*map));
     IMAGE32 image(header.width(), header.height());
     std::vector<std::uint8_t> coded(header.width() * texel_bytes);
+    // Texels of 32 bits are coded as they are kept: they go where they belong at once.
+    bool const is_wide = header.format() == TGA_PIXEL_FORMAT::true_colour_32;
     for (std::uint32_t i = 0; i < header.height(); ++i) {
-        if (!(header.is_run_length_coded() ? runs.next(coded) : file.read(coded))) {
-            cause = announced + ", but its texels end in row " + std::to_string(i);
-            return std::nullopt;
-        }
         std::uint32_t const y = header.is_top_down() ? i : header.height() - 1 - i;
         std::span<std::uint8_t> const row =
             std::span(image.pixels).subspan(std::size_t{4} * y * header.width(), std::size_t{4} * header.width());
+        std::span<std::uint8_t> const read = is_wide ? row : std::span(coded);
+        if (!(header.is_run_length_coded() ? runs.next(read) : file.read(read))) {
+            cause = announced + ", but its texels end in row " + std::to_string(i);
+            return std::nullopt;
+        }
         std::uint32_t bad_index = 0;
-        if (!widener.widen(coded.data(), row, bad_index)) {
+        if (!is_wide && !widener.widen(coded.data(), row, bad_index)) {
             cause = "a texel names entry " + std::to_string(bad_index) + " of the colour map, which has the entries " +
                     std::to_string(header.first_map_entry()) + " to " +
                     std::to_string(header.first_map_entry() + header.map_entry_count() - 1);

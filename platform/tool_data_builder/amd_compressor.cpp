@@ -3,6 +3,7 @@
 #include "blocks/encode.hpp"
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/dds_container/legacy_format.hpp"
+#include "platform/image_loader/exchange_red_and_blue.hpp"
 #include "platform/qe/native_path.hpp"
 #include "platform/qe/replace_file.hpp"
 #include "platform/tool_data_builder/mip_chain.hpp"
@@ -78,16 +79,14 @@ bool are_levels(LEVELS const& levels) {
 
 IMAGE_BYTES encoder_texels(blocks::RGBA8_VIEW const& level, bool swizzle_normals) {
     IMAGE_BYTES texels(level.texels, level.texels + level.row_pitch * level.height);
+    if (!swizzle_normals) {
+        IMAGE_LOADER::exchange_red_and_blue(texels.data(), texels.data(), texels.size() / 4);
+        return texels;
+    }
     for (std::size_t at = 0; at < texels.size(); at += 4) {
-        std::uint8_t const red = texels[at + 2];
-        if (swizzle_normals) {
-            texels[at] = 255;
-            texels[at + 2] = 0;
-            texels[at + 3] = red;
-        } else {
-            texels[at + 2] = texels[at];
-            texels[at] = red;
-        }
+        texels[at] = 255;
+        texels[at + 3] = texels[at + 2];
+        texels[at + 2] = 0;
     }
     return texels;
 }

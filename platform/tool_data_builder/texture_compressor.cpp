@@ -1,5 +1,6 @@
 #include "platform/tool_data_builder/texture_compressor.hpp"
 
+#include "platform/image_loader/exchange_red_and_blue.hpp"
 #include "platform/qe/load_tga.hpp"
 #include "platform/qe/native_path.hpp"
 #include "platform/qe/pack_channels.hpp"
@@ -50,12 +51,6 @@ bool is_opaque(IMAGE32 const& image) {
         }
     }
     return true;
-}
-
-void exchange_red_and_blue(IMAGE32& image) {
-    for (std::size_t at = 0; at < image.pixels.size(); at += 4) {
-        std::swap(image.pixels[at], image.pixels[at + 2]);
-    }
 }
 
 struct OUTPUT {
@@ -199,7 +194,7 @@ bool TEXTURE_COMPRESSOR::process_tga(UniString const& target_folder, UniString c
             report("Failed to read " + quoted(path) + ": " + cause);
             return false;
         }
-        exchange_red_and_blue(*image);
+        IMAGE_LOADER::exchange_red_and_blue(image->pixels.data(), image->pixels.data(), image->pixels.size() / 4);
         return compress(*image, output);
     });
 }

@@ -1,9 +1,11 @@
 #include "dds/gamma_curve.hpp"
+#include "dds/halve_image.hpp"
 #include "dds/reduce_image.hpp"
 #include "tests/dds/test_images.hpp"
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 
 namespace {
@@ -68,6 +70,18 @@ TEST(reduce_image, averages_of_blocks) {
     // (255 + 0 + 0 + 0 + 2) / 4, (2 + 1 + 1 + 1 + 2) / 4 with the remainder dropped.
     EXPECT_EQ(texel_at(plain, 1, 1), (TEXEL{64, 1, 100, 64}));
 
+    // Odd sides leave their last column and row out; sides of one texel count it twice.
+    auto const column = [](auto x, auto y, auto) {
+        return TEXEL{std::uint8_t(10 * x), std::uint8_t(10 * y), 255, 7};
+    };
+    for (GAMMA_CURVE const* const curve : {static_cast<GAMMA_CURVE const*>(nullptr), &GAMMA_CURVE::standard()}) {
+        IMAGE const odd = halve_image(make_image(5, 3, column), curve);
+        EXPECT_EQ(std::pair(odd.width(), odd.height()), std::pair(2U, 1U));
+        EXPECT_EQ(texel_at(odd, 1, 0)[0], curve == nullptr ? 25 : 26);
+        EXPECT_EQ(texel_at(halve_image(make_image(1, 4, column), curve), 0, 1)[0], 0);
+        EXPECT_EQ(texel_at(halve_image(make_image(4, 1, column), curve), 1, 0)[1], 0);
+    }
+
     IMAGE gamma = make_image(8, 8, corner);
     ASSERT_TRUE(reduce_image(sink, gamma, 1, 65536, true, 2.2F));
     // 255 × 0.25^(1/2.2) = 135.8; alpha has no curve.
@@ -76,10 +90,20 @@ TEST(reduce_image, averages_of_blocks) {
 
 TEST(gamma_curve, steps_give_what_the_powers_give) {
     GAMMA_CURVE const& curve = GAMMA_CURVE::standard();
-    for (int i = 0; i <= 100000; ++i) {
-        float const linear = static_cast<float>(i) / 100000.0F;
-        auto const power = static_cast<float>(std::pow(double{linear}, double{1.0F / 2.2F}));
-        ASSERT_EQ(curve.to_byte(linear), static_cast<int>(std::min(power * 255.0F + 0.5F, 255.0F))) << linear;
+    auto const expect_power = [&](GAMMA_CURVE const& of, float exponent, float linear) {
+        auto const power = static_cast<float>(std::pow(double{linear}, double{1.0F / exponent}));
+        ASSERT_EQ(of.to_byte(linear), static_cast<int>(std::min(power * 255.0F + 0.5F, 255.0F))) << linear;
+    };
+    for (int i = 0; i <= 100000; ++i)
+        expect_power(curve, 2.2F, static_cast<float>(i) / 100000.0F);
+    // Round binary numbers and their neighbours, down to the smallest ones; and a curve of more steps to a power of
+    // two.
+    GAMMA_CURVE const steep(0.05F);
+    for (std::uint32_t bits = 1U << 13; bits < std::bit_cast<std::uint32_t>(4.0F); bits += 1U << 13) {
+        for (std::uint32_t const near : {bits - 1, bits, bits + 1}) {
+            expect_power(curve, 2.2F, std::bit_cast<float>(near));
+            expect_power(steep, 0.05F, std::bit_cast<float>(near));
+        }
     }
     for (int value = 0; value < 256; ++value) {
         auto const byte = static_cast<std::uint8_t>(value);

@@ -62,7 +62,8 @@ class Terminal(StepTest):
         self.assertTrue(any(line.endswith("...") for line in lines), lines)
         # Each action's block is whole, and what comes last is the list and the summary, with no progress line behind.
         for i, name in enumerate(names):
-            self.assertIn(f"{name}\r\nof {i}\r\n", seen)
+            shown = name.replace("\x1b", "\\x1b")
+            self.assertIn(f"{shown}\r\nof {i}\r\n", seen)
         self.assertRegex(pieces[-1], r"(\A|\n)Failed:\r\n  raw_data/four.step: of 3\r\n3 built, 1 failed in \d\.\d s\r\n\Z")
 
     def test_colour(self):

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -67,6 +68,26 @@ TEST(mip_chain, every_texel_of_the_top_counts_as_much_as_it_is_covered) {
             }
             EXPECT_NEAR(levels.back().texels[channel], sum / (width * height), 0.51) << "level of one texel";
         }
+    }
+}
+
+TEST(mip_chain, the_mean_goes_to_the_nearest_byte) {
+    // All sums of four bytes, at one column each.
+    constexpr std::uint32_t columns = 4 * 255 + 1;
+    BYTES texels(std::size_t{4} * 2 * columns * 2);
+    for (std::uint32_t sum = 0; sum < columns; ++sum) {
+        for (std::uint32_t part = 0, left = sum; part < 4; ++part) {
+            auto const byte = static_cast<std::uint8_t>(std::min(left, 255U));
+            left -= byte;
+            std::fill_n(texels.begin() + 4 * (2 * columns * (part / 2) + 2 * sum + part % 2), 4, byte);
+        }
+    }
+    auto const levels = make_lower_mips({texels.data(), 2 * columns, 2, std::size_t{8} * columns}, MIP_FILTER::box);
+    for (std::uint32_t sum = 0; sum < columns; ++sum) {
+        // In the sixteen bits of a level, then back to the nearest of the bytes' wide forms.
+        std::uint32_t const wide = (257 * sum + 2) / 4;
+        for (std::size_t channel = 0; channel < 4; ++channel)
+            ASSERT_EQ(levels[0].texels[4 * sum + channel], (wide + 128) / 257) << sum;
     }
 }
 
