@@ -13,6 +13,14 @@ bool says_more_than_done(QStringList const& lines) {
     return !lines.isEmpty() && lines != QStringList(QStringLiteral("Done."));
 }
 
+// What a failed action said first that is no report of work begun or done.
+QString first_complaint(QStringList const& lines) {
+    auto const line = std::find_if(lines.begin(), lines.end(), [](QString const& text) {
+        return !text.startsWith(QLatin1String("Saving file: "));
+    });
+    return line == lines.end() ? QStringLiteral("failed without a word") : *line;
+}
+
 }  // namespace
 
 void BUILD_REPORT::run_started(PLAN const& plan) {
@@ -31,9 +39,7 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
     bool const has_block = failed || result.made_no_file || says_more_than_done(result.lines) ||
                            !result.library_lines.isEmpty() || console_.verbosity() == VERBOSITY::verbose;
     if (failed) {
-        QString cause = !result.killed_by.isEmpty() ? result.killed_by
-                        : result.lines.isEmpty()    ? QStringLiteral("failed without a word")
-                                                    : result.lines.first();
+        QString cause = result.killed_by.isEmpty() ? first_complaint(result.lines) : result.killed_by;
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
         failures_.push_back({planned.id, planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()),

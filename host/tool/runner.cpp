@@ -8,10 +8,12 @@
 #include "host/tool/worker.hpp"
 
 #include <QDateTime>
+#include <QDir>
 #include <QElapsedTimer>
 
 #include <algorithm>
 #include <list>
+#include <map>
 #include <unordered_map>
 #include <utility>
 
@@ -297,11 +299,38 @@ private:
                 take_back_targets(planned);
             }
         }
+        if (result.status == ACTION_RESULT::STATUS::succeeded) {
+            if (std::optional<QString> const clash = clash_of(planned, result)) {
+                result.status = ACTION_RESULT::STATUS::failed;
+                result.lines += *clash;
+                line_to_observers(planned)(*clash);
+                take_back_targets(planned);
+            }
+        }
         if (signals_ > 0 && result.status == ACTION_RESULT::STATUS::failed)
             result.status = ACTION_RESULT::STATUS::interrupted;
         worker.running.reset();
         note_in_state(plan_.actions[action], result);
         finish(action, result);
+    }
+
+    // Files that an action registers without having announced them are no part of the plan, so that two actions with one
+    // such file are found only now. The one that ends last is told so; the other one's file is no longer its own, which
+    // the next build notices.
+    std::optional<QString> clash_of(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
+        std::optional<QString> clash;
+        auto const take = [&](QString const& path) {
+            auto const [maker, is_new] = makers_.try_emplace(QDir::cleanPath(path), planned.id);
+            if (!is_new && maker->second != planned.id && !clash)
+                clash = QStringLiteral("another action of this build has written %1 as well").arg(CONSOLE::shown(path));
+        };
+        for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+            if (!target.temporary)
+                take(target.physical_path);
+        for (ACTION_INTERFACE::REGISTERED_FILE const& file : result.record.registered)
+            if (file.kind == ACTION_INTERFACE::REGISTERED_FILE::KIND::added)
+                take(file.path);
+        return clash;
     }
 
     // The worker has ended in the middle of its action.
@@ -405,6 +434,8 @@ private:
     /// Everything that this build's actions changed in the asset graph, in the order in which the tool learned of it.
     GRAPH_CHANGES changes_;
     std::vector<UNFINISHED_ACTION> cut_off_;
+    /// Who wrote each file of this build.
+    std::map<QString, int> makers_;
     RUN_COUNTS counts_;
 };
 

@@ -112,6 +112,14 @@ class SideBySide(StepTest):
         place = [line.endswith("done: a") for line in lines].index(True)
         self.assertEqual(lines[place + 1:place + 3], ["from a", "a"])
 
+    def test_two_actions_that_come_to_write_one_file(self):
+        self.write({"zab.toml": "", "raw_data/a.step": "makes a\nregisters shared", "raw_data/b.step": "makes b\nregisters shared"})
+        status, _, err = self.zab("build", "--plugin", STEPS)
+        self.assertEqual(status, 1, err)
+        self.assertIn("another action of this build has written working_data/shared as well\n", err)
+        self.assertRegex(err, r"\n1 built, 1 failed in ")
+        self.assertEqual(self.zab("build", "--plugin", STEPS)[0], 1)
+
     def test_the_same_bytes_for_any_number_of_jobs(self):
         formats = ("dxt1", "dxt5", "rgba", "bc7", "bc6")
         for i, name in enumerate(formats):
