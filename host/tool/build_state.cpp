@@ -432,6 +432,31 @@ void BUILD_STATE::drop_unused_settings() {
             store_.erase(TABLE::settings, id);
 }
 
+bool BUILD_STATE::is_registered_by_another(PLANNED_ACTION const& planned, QString const& file) {
+    auto const registers = [&](std::size_t row, QString const* path) {
+        std::optional<RECORDED_ACTION> const action = to_recorded_action(rows_[row].content);
+        for (std::size_t i = action ? action->announced_targets : 0; action && i < action->targets.size(); ++i) {
+            if (!path)
+                registered_->insert(action->targets[i].path, row);
+            else if (action->targets[i].path == *path)
+                return true;
+        }
+        return false;
+    };
+    if (!registered_) {
+        registered_.emplace();
+        for (std::size_t row = 0; row < rows_.size(); ++row)
+            registers(row, nullptr);
+    }
+    QString const path = PATHS::logical_path(PHYSICAL_PATH(QDir::cleanPath(file)));
+    std::optional<std::size_t> const own = claims_[planned.action].row;
+    QList<std::size_t> const rows = registered_->values(path);
+    // What a row says may have changed since the table was made.
+    return std::any_of(rows.begin(), rows.end(), [&](std::size_t row) {
+        return rows_[row].is_claimed && own != row && registers(row, &path);
+    });
+}
+
 QSet<QString> BUILD_STATE::current_targets() const {
     QSet<QString> targets;
     for (CLAIM const& claim : claims_)

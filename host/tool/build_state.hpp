@@ -35,6 +35,8 @@ public:
     void remember(PLANNED_ACTION const& planned, ACTION_RESULT const& result);
     /// The action ran and failed.
     void forget(PLANNED_ACTION const& planned);
+    /// Whether another action of the plan, as it ran last, has made this file without announcing it.
+    bool is_registered_by_another(PLANNED_ACTION const& planned, QString const& file);
     /// The end of a build: what is still to be written is. One warning says so if that failed.
     void finish();
 
@@ -112,6 +114,8 @@ private:
     /// What up-to-date actions told the asset graph.
     QHash<ACTION_INTERFACE const*, std::vector<framework::ASSET_CHANGE>> asset_changes_;
     QHash<ACTION_INTERFACE const*, std::vector<SNAPSHOT>> snapshots_;
+    /// Rows of actions that registered a file beyond what they announced, by the file's logical path.
+    std::optional<QMultiHash<QString, std::size_t>> registered_;
     std::int64_t next_id_ = 1;
 };
 

@@ -315,21 +315,23 @@ private:
     }
 
     // Files that an action registers without having announced them are no part of the plan, so that two actions with one
-    // such file are found only now. The one that ends last is told so; the other one's file is no longer its own, which
-    // the next build notices.
+    // such file are found only now: two of this build, or one of it and one that is up to date. The one that ends last
+    // is told so.
     std::optional<QString> clash_of(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
         std::optional<QString> clash;
-        auto const take = [&](QString const& path) {
+        auto const take = [&](QString const& path, bool is_announced) {
             auto const [maker, is_new] = makers_.try_emplace(QDir::cleanPath(path), planned.id);
-            if (!is_new && maker->second != planned.id && !clash)
-                clash = QStringLiteral("another action of this build has written %1 as well").arg(CONSOLE::shown(path));
+            bool const is_taken = is_new ? !is_announced && state_.is_registered_by_another(planned, path)
+                                         : maker->second != planned.id;
+            if (is_taken && !clash)
+                clash = QStringLiteral("another action makes %1 as well").arg(CONSOLE::shown(path));
         };
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
             if (!target.temporary)
-                take(target.physical_path);
+                take(target.physical_path, true);
         for (ACTION_INTERFACE::REGISTERED_FILE const& file : result.record.registered)
             if (file.kind == ACTION_INTERFACE::REGISTERED_FILE::KIND::added)
-                take(file.path);
+                take(file.path, false);
         return clash;
     }
 

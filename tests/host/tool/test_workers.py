@@ -116,7 +116,7 @@ class SideBySide(StepTest):
         self.write({"zab.toml": "", "raw_data/a.step": "makes a\nregisters shared", "raw_data/b.step": "makes b\nregisters shared"})
         status, _, err = self.zab("build", "--plugin", STEPS)
         self.assertEqual(status, 1, err)
-        self.assertIn("another action of this build has written working_data/shared as well\n", err)
+        self.assertIn("another action makes working_data/shared as well\n", err)
         self.assertRegex(err, r"\n1 built, 1 failed in ")
         self.assertEqual(self.zab("build", "--plugin", STEPS)[0], 1)
 
