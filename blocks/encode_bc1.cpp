@@ -59,7 +59,7 @@ HWY_INLINE ENDPOINTS single_colour(COLOUR_BLOCKS const& blocks, SINGLE_COLOUR_TA
         HWY_ALIGN std::int32_t values[batch_blocks];
         HWY_ALIGN float first[batch_blocks];
         HWY_ALIGN float second[batch_blocks];
-        hn::Store(hn::ConvertTo(DI(), round(blocks.mean[c])), DI(), values);
+        hn::Store(hn::ConvertTo(DI(), round_to_nearest(blocks.mean[c])), DI(), values);
         GRID_PAIR const(&pairs)[256] = c == 1 ? table.six_bits : table.five_bits;
         for (std::size_t lane = 0; lane < hn::Lanes(D()); ++lane) {
             first[lane] = pairs[values[lane]].first;

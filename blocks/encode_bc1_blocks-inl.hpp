@@ -68,14 +68,14 @@ template <int channel>
 HWY_INLINE V widen(V grid) {
     constexpr float top = channel == 1 ? 4 : 8;
     constexpr float repeat = channel == 1 ? 1.0f / 16 : 1.0f / 4;
-    V const low = round(hn::Sub(hn::Mul(grid, set(repeat)), set(0.5f - repeat / 2)));
+    V const low = round_to_nearest(hn::Sub(hn::Mul(grid, set(repeat)), set(0.5f - repeat / 2)));
     return hn::Add(hn::Mul(grid, set(top)), low);
 }
 
 template <int channel>
 HWY_INLINE V to_grid(V value) {
     constexpr float top = channel == 1 ? 63 : 31;
-    return clamp(round(hn::Mul(value, set(top / 255))), set(0), set(top));
+    return clamp(round_to_nearest(hn::Mul(value, set(top / 255))), set(0), set(top));
 }
 
 HWY_INLINE void round_to_grid(COLOUR_BLOCKS const& blocks, V const (&first)[3], V const (&second)[3],
@@ -121,7 +121,7 @@ HWY_INLINE LINE line_between(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpo
 HWY_INLINE V index_on(LINE const& line, STEPS const& steps, V const (&texel)[3]) {
     V const projection = hn::Add(hn::Add(hn::Mul(texel[0], line.axis[0]), hn::Mul(texel[1], line.axis[1])),
                                  hn::Mul(texel[2], line.axis[2]));
-    return clamp(round(hn::Sub(projection, line.offset)), set(0), steps.count);
+    return clamp(round_to_nearest(hn::Sub(projection, line.offset)), set(0), steps.count);
 }
 
 /// The error of a block with these endpoints and the best indices, and the sums for those indices. Out of line: it is

@@ -73,8 +73,10 @@ HWY_INLINE V cut_error(COLOUR_BLOCKS const& blocks, BC1_CUT const& cut, V sum, V
     constexpr float top = channel == 1 ? 63 : 31;
     V const mean = blocks.mean[channel];
     V const grid_mean = hn::Mul(mean, set(top / 255));
-    grid_first = clamp(round(hn::Add(hn::Mul(sum, set(cut.first_scale * (top / 255))), grid_mean)), set(0), set(top));
-    grid_second = clamp(round(hn::Add(hn::Mul(sum, set(cut.second_scale * (top / 255))), grid_mean)), set(0), set(top));
+    grid_first =
+        clamp(round_to_nearest(hn::Add(hn::Mul(sum, set(cut.first_scale * (top / 255))), grid_mean)), set(0), set(top));
+    grid_second = clamp(round_to_nearest(hn::Add(hn::Mul(sum, set(cut.second_scale * (top / 255))), grid_mean)), set(0),
+                        set(top));
     V const first = hn::Sub(hn::Mul(grid_first, set(255 / top)), mean);
     V const second = hn::Sub(hn::Mul(grid_second, set(255 / top)), mean);
     V const twice_texels = hn::Mul(sum, set(cut.twice_sum_scale));

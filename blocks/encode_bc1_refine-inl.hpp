@@ -31,8 +31,8 @@ HWY_INLINE void round_channel(COLOUR_BLOCKS const& blocks, INDEX_SUMS const& sum
     V const twice_cross = hn::Add(cross, cross);
 
     V firsts[2], seconds[2], first_values[2], second_values[2], first_errors[2], second_errors[2];
-    firsts[0] = round(hn::Sub(hn::Mul(hn::Add(first, mean), scale), set(0.5f)));
-    seconds[0] = round(hn::Sub(hn::Mul(hn::Add(second, mean), scale), set(0.5f)));
+    firsts[0] = round_to_nearest(hn::Sub(hn::Mul(hn::Add(first, mean), scale), set(0.5f)));
+    seconds[0] = round_to_nearest(hn::Sub(hn::Mul(hn::Add(second, mean), scale), set(0.5f)));
     firsts[1] = hn::Add(firsts[0], set(1));
     seconds[1] = hn::Add(seconds[0], set(1));
     for (int i = 0; i < 2; ++i) {

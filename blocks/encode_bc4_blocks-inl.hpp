@@ -57,7 +57,7 @@ HWY_INLINE V steps_per_value(INTERVAL const& interval) {
 template <int entries>
 HWY_INLINE V index_in(INTERVAL const& interval, V scale, V value) {
     V const position = hn::Mul(hn::Sub(value, interval.low), scale);
-    return clamp(round(position), set(0), set(interval_steps<entries>));
+    return clamp(round_to_nearest(position), set(0), set(interval_steps<entries>));
 }
 
 /// The error with the best indices. `entries` is 8 or 6.

@@ -17,7 +17,7 @@ namespace blocks {
 namespace HWY_NAMESPACE {
 
 HWY_INLINE INTERVAL to_integers(VALUE_BLOCKS const& blocks, V low, V high) {
-    return {round(clamp(low, set(0), blocks.top)), round(clamp(high, set(0), blocks.top))};
+    return {round_to_nearest(clamp(low, set(0), blocks.top)), round_to_nearest(clamp(high, set(0), blocks.top))};
 }
 
 /// The least-squares interval for the indices that belong to `interval`; `interval` itself where any would do.
