@@ -162,6 +162,42 @@ HWY_NOINLINE V evaluate(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints,
     return error;
 }
 
+/// One channel's share of the exact error, for palettes that are rounded to whole numbers, halves up.
+template <int channel>
+HWY_INLINE V rounded_difference(COLOUR_BLOCKS const& blocks, LINE const& line, V step, V index, int texel) {
+    V const start = hn::Add(line.start[channel], blocks.mean[channel]);
+    V const value = hn::Floor(hn::Add(hn::Add(start, hn::Mul(step, index)), set(0.5f + 0x1p-10f)));
+    return hn::Sub(hn::Sub(value, blocks.mean[channel]), blocks.texels[texel][channel]);
+}
+
+/// The same error as `evaluate` gives, but for the palette as most decoders round it.
+template <bool with_alpha>
+HWY_NOINLINE V evaluate_rounded(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints, STEPS const& steps) {
+    LINE const line = line_between(blocks, endpoints, steps);
+    V step[3], sum[3];
+    for (int c = 0; c < 3; ++c) {
+        step[c] = hn::Mul(line.direction[c], steps.reciprocal);
+        sum[c] = set(0);
+    }
+    for (int i = 0; i < 16; ++i) {
+        V const index = index_on(line, steps, blocks.texels[i]);
+        V difference[3] = {rounded_difference<0>(blocks, line, step[0], index, i),
+                           rounded_difference<1>(blocks, line, step[1], index, i),
+                           rounded_difference<2>(blocks, line, step[2], index, i)};
+        for (int c = 0; c < 3; ++c) {
+            if constexpr (with_alpha) {
+                difference[c] = hn::Mul(difference[c], blocks.opaque[i]);
+            }
+            sum[c] = hn::Add(sum[c], square(difference[c]));
+        }
+    }
+    V error = set(0);
+    for (int c = 0; c < 3; ++c) {
+        error = hn::Add(error, hn::Mul(sum[c], set(blocks.channel_weight[c])));
+    }
+    return error;
+}
+
 HWY_INLINE void keep_better(M better, ENDPOINTS const& candidate, V error, COLOUR_FIT& best) {
     for (int c = 0; c < 3; ++c) {
         best.endpoints.first[c] = hn::IfThenElse(better, candidate.first[c], best.endpoints.first[c]);
