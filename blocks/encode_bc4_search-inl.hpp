@@ -16,6 +16,28 @@ HWY_BEFORE_NAMESPACE();
 namespace blocks {
 namespace HWY_NAMESPACE {
 
+/// How far the search goes.
+struct BC4_SEARCH {
+    /// Starts: each end drawn in by up to this many times less one of `inset_step`, a part of the length.
+    int insets;
+    float inset_step;
+    /// Of least squares, from each start.
+    int rounds;
+    /// Of the last search, around the best so far.
+    int reach;
+};
+
+constexpr BC4_SEARCH bc4_search(EFFORT effort) {
+    switch (effort) {
+    case EFFORT::fast:
+        return {1, 0, 1, 0};
+    case EFFORT::normal:
+        return {2, 1.0f / 14, 1, 1};
+    default:
+        return {3, 1.0f / 28, 1, 3};
+    }
+}
+
 HWY_INLINE INTERVAL to_integers(VALUE_BLOCKS const& blocks, V low, V high) {
     return {round_to_nearest(clamp(low, set(0), blocks.top)), round_to_nearest(clamp(high, set(0), blocks.top))};
 }
@@ -34,17 +56,17 @@ HWY_INLINE INTERVAL least_squares_interval(VALUE_BLOCKS const& blocks, INTERVAL 
     return {hn::IfThenElse(solvable, fitted.low, interval.low), hn::IfThenElse(solvable, fitted.high, interval.high)};
 }
 
-template <int entries>
+template <int entries, MEASURE measure>
 HWY_INLINE void try_least_squares(VALUE_BLOCKS const& blocks, INTERVAL const& start, int rounds, INTERVAL_FIT& best) {
     INTERVAL interval = start;
     for (int round = 0; round < rounds; ++round) {
         interval = least_squares_interval<entries>(blocks, interval);
-        try_interval<entries>(blocks, interval, best);
+        try_interval<entries, measure>(blocks, interval, best);
     }
 }
 
 /// Tries every interval whose ends lie within `reach` of those of the best.
-template <int entries>
+template <int entries, MEASURE measure>
 HWY_INLINE void search_neighbours(VALUE_BLOCKS const& blocks, int reach, INTERVAL_FIT& best) {
     INTERVAL const centre = best.interval;
     for (int low = -reach; low <= reach; ++low) {
@@ -54,7 +76,7 @@ HWY_INLINE void search_neighbours(VALUE_BLOCKS const& blocks, int reach, INTERVA
             }
             V const low_end = clamp(hn::Add(centre.low, set(static_cast<float>(low))), set(0), blocks.top);
             V const high_end = clamp(hn::Add(centre.high, set(static_cast<float>(high))), set(0), blocks.top);
-            try_interval<entries>(blocks, {low_end, high_end}, best);
+            try_interval<entries, measure>(blocks, {low_end, high_end}, best);
         }
     }
 }
@@ -79,25 +101,23 @@ HWY_INLINE INTERVAL covered_interval(VALUE_BLOCKS const& blocks) {
     return {hn::Min(low, high), hn::Max(low, high)};
 }
 
-template <int entries>
-HWY_INLINE INTERVAL_FIT search_interval(VALUE_BLOCKS const& blocks, EFFORT effort) {
+template <int entries, MEASURE measure>
+HWY_INLINE INTERVAL_FIT search_interval(VALUE_BLOCKS const& blocks, BC4_SEARCH const& search) {
     INTERVAL const covered = covered_interval<entries>(blocks);
     V const length = hn::Sub(covered.high, covered.low);
     INTERVAL_FIT best = {to_integers(blocks, covered.low, covered.high), set(0)};
-    best.error = interval_error<entries>(blocks, best.interval);
-    int const insets = effort == EFFORT::fast ? 1 : effort == EFFORT::normal ? 3 : 6;
-    float const inset_step = effort == EFFORT::normal ? 1.0f / 28 : 1.0f / 48;
-    for (int i = 0; i < insets; ++i) {
-        for (int j = 0; j < insets; ++j) {
-            V const low = hn::Add(covered.low, hn::Mul(length, set(inset_step * static_cast<float>(i))));
-            V const high = hn::Sub(covered.high, hn::Mul(length, set(inset_step * static_cast<float>(j))));
+    best.error = interval_error<entries, measure>(blocks, best.interval);
+    for (int i = 0; i < search.insets; ++i) {
+        for (int j = 0; j < search.insets; ++j) {
+            V const low = hn::Add(covered.low, hn::Mul(length, set(search.inset_step * static_cast<float>(i))));
+            V const high = hn::Sub(covered.high, hn::Mul(length, set(search.inset_step * static_cast<float>(j))));
             INTERVAL const start = to_integers(blocks, low, high);
-            try_interval<entries>(blocks, start, best);
-            try_least_squares<entries>(blocks, start, effort == EFFORT::best ? 2 : 1, best);
+            try_interval<entries, measure>(blocks, start, best);
+            try_least_squares<entries, measure>(blocks, start, search.rounds, best);
         }
     }
-    if (effort != EFFORT::fast) {
-        search_neighbours<entries>(blocks, effort == EFFORT::best ? 4 : 1, best);
+    if (search.reach > 0) {
+        search_neighbours<entries, measure>(blocks, search.reach, best);
     }
     return best;
 }
