@@ -82,17 +82,17 @@ HWY_INLINE void search_neighbours(VALUE_BLOCKS const& blocks, int reach, INTERVA
 }
 
 /// The lowest and the highest value that the evenly spaced part of the palette has to cover: all of them, or those that
-/// are not exactly an end of the range.
+/// are more than `margin` from both ends of the range.
 template <int entries>
-HWY_INLINE INTERVAL covered_interval(VALUE_BLOCKS const& blocks) {
+HWY_INLINE INTERVAL covered_interval(VALUE_BLOCKS const& blocks, float margin) {
     V low = blocks.top;
     V high = set(0);
     for (V const value : blocks.values) {
         V low_value = value;
         V high_value = value;
         if constexpr (entries == 6) {
-            low_value = hn::IfThenElse(hn::Gt(value, set(0)), value, blocks.top);
-            high_value = hn::IfThenElseZero(hn::Lt(value, blocks.top), value);
+            low_value = hn::IfThenElse(hn::Gt(value, set(margin)), value, blocks.top);
+            high_value = hn::IfThenElseZero(hn::Lt(value, hn::Sub(blocks.top, set(margin))), value);
         }
         low = hn::Min(low, low_value);
         high = hn::Max(high, high_value);
@@ -103,7 +103,7 @@ HWY_INLINE INTERVAL covered_interval(VALUE_BLOCKS const& blocks) {
 
 template <int entries, MEASURE measure>
 HWY_INLINE INTERVAL_FIT search_interval(VALUE_BLOCKS const& blocks, BC4_SEARCH const& search) {
-    INTERVAL const covered = covered_interval<entries>(blocks);
+    INTERVAL const covered = covered_interval<entries>(blocks, 0);
     V const length = hn::Sub(covered.high, covered.low);
     INTERVAL_FIT best = {to_integers(blocks, covered.low, covered.high), set(0)};
     best.error = interval_error<entries, measure>(blocks, best.interval);
@@ -114,6 +114,15 @@ HWY_INLINE INTERVAL_FIT search_interval(VALUE_BLOCKS const& blocks, BC4_SEARCH c
             INTERVAL const start = to_integers(blocks, low, high);
             try_interval<entries, measure>(blocks, start, best);
             try_least_squares<entries, measure>(blocks, start, search.rounds, best);
+        }
+    }
+    if constexpr (entries == 6) {
+        for (float const margin : {6.0f, 24.0f}) {
+            if (search.reach > 0) {
+                INTERVAL const inner = covered_interval<entries>(blocks, margin);
+                try_interval<entries, measure>(blocks, to_integers(blocks, inner.low, inner.high), best);
+                try_least_squares<entries, measure>(blocks, inner, 2, best);
+            }
         }
     }
     if (search.reach > 0) {
