@@ -1,6 +1,7 @@
 // The searches for BC4 endpoints. The best endpoints seldom are the lowest and highest value: drawing them in, by up to
 // half a step, or pushing them out lets the values between land nearer to the palette. Starts at several insets, least
-// squares from each, and then the neighbourhood of the best.
+// squares from each, and then the neighbourhood of the best. The palette of six values also starts from what is left
+// when values near the ends of the range are given to its two fixed entries.
 #include "hwy/highway.h"
 
 #include "blocks/encode_bc4_blocks-inl.hpp"
@@ -120,8 +121,9 @@ HWY_INLINE INTERVAL_FIT search_interval(VALUE_BLOCKS const& blocks, BC4_SEARCH c
         for (float const margin : {6.0f, 24.0f}) {
             if (search.reach > 0) {
                 INTERVAL const inner = covered_interval<entries>(blocks, margin);
-                try_interval<entries, measure>(blocks, to_integers(blocks, inner.low, inner.high), best);
-                try_least_squares<entries, measure>(blocks, inner, 2, best);
+                INTERVAL const start = to_integers(blocks, inner.low, inner.high);
+                try_interval<entries, measure>(blocks, start, best);
+                try_least_squares<entries, measure>(blocks, start, 2, best);
             }
         }
     }
