@@ -1,9 +1,9 @@
 // Fits a subset of a BC7 block, one block a lane. Texels are projected on the principal axis once. Their indices are
 // then spread over all levels of the palette, or squeezed into fewer of them so that the endpoints come to lie beyond
 // the outermost texels, and for each such start least squares gives the endpoints and, in closed form, their error
-// after rounding. Only the best of the starts are measured exactly, as a decoder would see them, and refined by taking
-// indices and least squares by turns. Squeezing pays because stored endpoints are coarse and, for a handful of texels,
-// there are more levels than texels: many choices of levels fit nearly as well, and one of them rounds best.
+// after rounding. Only the best of what comes of it is measured exactly, as a decoder would see it. Squeezing pays
+// because stored endpoints are coarse and, for a handful of texels, there are more levels than texels: many choices of
+// levels fit nearly as well, and one of them rounds best.
 #if defined(BLOCKS_BC7_SUBSET_FIT_INL_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef BLOCKS_BC7_SUBSET_FIT_INL_HPP
 #undef BLOCKS_BC7_SUBSET_FIT_INL_HPP
@@ -24,6 +24,7 @@ struct SQUEEZE {
 inline constexpr SQUEEZE bc7_squeezes[] = {{0, 0}, {1, 1}, {1, 0}, {0, 1}, {2, 0}, {0, 2}, {2, 1}, {1, 2},
                                            {2, 2}, {3, 0}, {0, 3}, {3, 1}, {1, 3}, {3, 2}, {2, 3}, {3, 3}};
 
+/// The most that BC7_FIT_DEPTH may ask for.
 inline constexpr std::size_t most_candidates = 8;
 
 /// Where the texels lie along the principal axis, from 0 for the first to 1 for the last.

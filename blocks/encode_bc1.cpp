@@ -1,5 +1,6 @@
 // Which search strategies a block goes through at each effort. fast: range fit and least squares. normal: also cluster
-// fit over the likely cuts, palettes of three colours, and the neighbours. best: all cuts, and those of a second axis.
+// fit over the likely cuts, palettes of three colours, and the neighbours. best: all cuts, those of a second axis, and
+// in the end the neighbours once more with the palette rounded as decoders round it.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "blocks/encode_bc1.cpp"
 #include "hwy/foreach_target.h"
