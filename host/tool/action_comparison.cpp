@@ -5,6 +5,7 @@
 #include "processor/host/paths.hpp"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <typeinfo>
 
@@ -78,8 +79,9 @@ std::optional<QString> ACTION_COMPARISON::target_list_change(PLANNED_ACTION cons
                                                              RECORDED_ACTION const& recorded) const {
     QStringList const targets = lasting_targets(planned);
     QSet<QString> former;
-    for (std::uint32_t i = 0; i < recorded.announced_targets; ++i)
-        former.insert(recorded.targets[i].path);
+    // What it registered, too: it may announce that once it is there.
+    for (RECORDED_FILE const& target : recorded.targets)
+        former.insert(target.path);
     for (QString const& target : targets)
         if (!former.contains(target))
             return QStringLiteral("%1 is a new target").arg(shown_file(LOGICAL_PATH(target)));
@@ -129,6 +131,11 @@ std::optional<QString> ACTION_COMPARISON::reason_to_run(PLANNED_ACTION const& pl
         return reason;
     if (recorded.name != planned.name)
         return QStringLiteral("its name changed from \"%1\"").arg(recorded.name);
+
+    // A file that it is to take away came back.
+    for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+        if (is_older_file(target) && QFileInfo::exists(target.physical_path))
+            return QStringLiteral("%1 is there and is to go").arg(shown_file(target.logical_path));
 
     for (std::size_t i = 0; i < recorded.sources.size(); ++i) {
         LOGICAL_PATH const& source = planned.sources[static_cast<int>(i)];

@@ -1,5 +1,7 @@
 #include "host/tool/build_journal.hpp"
 
+#include "processor/host/paths.hpp"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -9,6 +11,7 @@
 #include <QJsonObject>
 #include <QMap>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <set>
@@ -31,37 +34,50 @@ QString journal_file(QString const& state_folder) {
     return state_folder + QStringLiteral("/running");
 }
 
-QStringList target_paths(PLANNED_ACTION const& planned) {
-    QStringList paths;
-    for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-        paths += target.physical_path.text();
-    return paths;
+/// Whether the file was written since the action started.
+bool is_of(UNFINISHED_ACTION const& action, QFileInfo const& file) {
+    return file.lastModified().toMSecsSinceEpoch() >= action.started - clock_slack;
+}
+
+bool is_latin_letter(QChar letter) {
+    return (letter >= u'a' && letter <= u'z') || (letter >= u'A' && letter <= u'Z');
 }
 
 }  // namespace
 
-void remove_unfinished_files(QStringList const& files) {
-    for (QString const& file : files) {
+QStringList files_at_risk(PLANNED_ACTION const& planned) {
+    QStringList paths;
+    for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+        if (!is_older_file(target))
+            paths += target.physical_path.text();
+    return paths;
+}
+
+void remove_unfinished_files(UNFINISHED_ACTION const& action) {
+    for (QString const& file : action.files) {
         QFile::remove(file);
         QFile::remove(file + QStringLiteral(".part"));
-        // Qt's files that are written whole or not at all: the name and six characters.
+        // Qt's files that are written whole or not at all: the name and six letters. So is "rock.dds.backup", whose age
+        // tells it apart.
         QFileInfo const info(file);
         QString const beside = info.fileName() + u'.';
-        QDir const folder = info.dir();
-        for (QString const& name : folder.entryList(QDir::Files | QDir::Hidden))
+        for (QFileInfo const& other : info.dir().entryInfoList(QDir::Files | QDir::Hidden)) {
+            QString const name = other.fileName();
             if (name.size() == beside.size() + 6 && name.startsWith(beside) &&
-                !name.midRef(beside.size()).contains(u'.'))
-                QFile::remove(folder.filePath(name));
+                std::all_of(name.begin() + beside.size(), name.end(), is_latin_letter) && is_of(action, other))
+                QFile::remove(other.filePath());
+        }
     }
 }
 
 void remove_unfinished_neighbours(UNFINISHED_ACTION const& action) {
     std::set<QString> folders;
     for (QString const& file : action.files)
-        folders.insert(QFileInfo(file).path());
+        if (!PATHS::logical_path(PHYSICAL_PATH(file)).text().startsWith(QLatin1String("<raw>/")))
+            folders.insert(QFileInfo(file).path());
     for (QString const& folder : folders)
         for (QFileInfo const& info : QDir(folder).entryInfoList({QStringLiteral("*.part")}, QDir::Files | QDir::Hidden))
-            if (info.lastModified().toMSecsSinceEpoch() >= action.started - clock_slack)
+            if (is_of(action, info))
                 QFile::remove(info.filePath());
 }
 
@@ -116,7 +132,7 @@ bool BUILD_JOURNAL::append(char const* what, PLANNED_ACTION const& planned, QStr
 }
 
 bool BUILD_JOURNAL::note_start(PLANNED_ACTION const& planned) {
-    return append(started, planned, target_paths(planned));
+    return append(started, planned, files_at_risk(planned));
 }
 
 bool BUILD_JOURNAL::note_file(PLANNED_ACTION const& planned, QString const& file) {

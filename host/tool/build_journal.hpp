@@ -14,11 +14,15 @@ struct UNFINISHED_ACTION {
     qint64 started = 0;
 };
 
-/// Removes each of the files, and what is written beside them before it takes their place.
-void remove_unfinished_files(QStringList const& files);
+/// What the action announces to write and may leave half done.
+QStringList files_at_risk(PLANNED_ACTION const& planned);
+
+/// Removes each of the files, and what was written beside them since then to take their place.
+void remove_unfinished_files(UNFINISHED_ACTION const& action);
 
 /// Removes what in the folders of these files was written under an unfinished name since then, whatever the file is
-/// called in the end. Only when no action runs.
+/// called in the end. In the raw folder, where people put files of their own, it leaves such names alone. Only when no
+/// action runs.
 void remove_unfinished_neighbours(UNFINISHED_ACTION const& action);
 
 class BUILD_JOURNAL {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <thread>
 #include <tuple>
 
@@ -132,26 +133,45 @@ void BUILD_STATE::claim(PLAN const& plan) {
     }
 }
 
-// An action with other targets than any recorded one may still be one that is known, and the change of its rules
-// explain the new targets.
+// An action with other targets than any recorded one may still be one that is known. When it announces nothing but what
+// a recorded one made, it is that one: an atlas announces its pages once they are there. Otherwise the change of its
+// rules may explain the new targets.
 void BUILD_STATE::find_former(PLAN const& plan) {
-    QHash<QString, std::size_t> unclaimed;
+    QHash<QString, std::size_t> by_source;
+    QHash<QString, std::size_t> by_target;
     for (std::size_t i = 0; i < rows_.size(); ++i) {
         if (rows_[i].is_claimed)
             continue;
         std::optional<RECORDED_ACTION> const action = to_recorded_action(rows_[i].content);
-        if (action && !action->sources.empty())
-            unclaimed.insert(action->name + u'\n' + action->sources.front().path, i);
+        if (!action)
+            continue;
+        if (!action->sources.empty())
+            by_source.insert(action->name + u'\n' + action->sources.front().path, i);
+        for (RECORDED_FILE const& target : action->targets)
+            by_target.insert(action->name + u'\n' + target.path, i);
     }
-    if (unclaimed.isEmpty())
+    if (by_source.isEmpty() && by_target.isEmpty())
         return;
+    constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
     for (PLANNED_ACTION const& planned : plan.actions) {
         CLAIM& claim = claims_[planned.action];
-        if (claim.row || planned.sources.isEmpty())
+        if (claim.row)
             continue;
-        auto const found = unclaimed.constFind(planned.name + u'\n' + planned.sources.first());
-        if (found != unclaimed.constEnd())
-            claim.compared = *found;
+        QStringList const targets = lasting_targets(planned);
+        auto const row_of = [&](QString const& target) {
+            return by_target.value(planned.name + u'\n' + target, none);
+        };
+        std::size_t const row = targets.isEmpty() ? none : row_of(targets.first());
+        if (planned.state == PLANNED_ACTION::STATE::run && row != none && !rows_[row].is_claimed &&
+            std::all_of(targets.begin(), targets.end(), [&](QString const& target) { return row_of(target) == row; })) {
+            claim.row = claim.compared = row;
+            rows_[row].is_claimed = true;
+            rows_[row].key = claim.key;
+        } else if (!planned.sources.isEmpty()) {
+            auto const found = by_source.constFind(planned.name + u'\n' + planned.sources.first());
+            if (found != by_source.constEnd())
+                claim.compared = *found;
+        }
     }
 }
 
@@ -295,7 +315,12 @@ void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& r
     }
     for (QString const& target : qAsConst(targets))
         action.targets.push_back({target, looker_.look(physical(target))});
+    // An action that looks whether its own target is there finds it the next time; what became of it is asked anyway.
     action.files = reads.files;
+    for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+        if (target.temporary)
+            targets.append(QDir::cleanPath(target.logical_path));
+    std::erase_if(action.files, [&](framework::LOOK_UP const& look_up) { return targets.contains(look_up.path); });
     action.textures = reads.textures;
     action.origins = reads.origins;
     for (QString const& table : reads.tables)
@@ -427,9 +452,14 @@ void BUILD_STATE::drop_unused_settings() {
     for (ROW const& row : rows_)
         if (std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content))
             used.insert(action->setting);
-    for (auto const& [id, setting] : settings_)
-        if (!used.contains(id))
-            store_.erase(TABLE::settings, id);
+    // A later part of the build must not take one for known that is no longer stored.
+    std::erase_if(settings_, [&](auto const& entry) {
+        if (used.contains(entry.first))
+            return false;
+        store_.erase(TABLE::settings, entry.first);
+        setting_ids_.remove(tool::to_bytes(entry.second));
+        return true;
+    });
 }
 
 bool BUILD_STATE::is_registered_by_another(PLANNED_ACTION const& planned, QString const& file) {
@@ -452,9 +482,8 @@ bool BUILD_STATE::is_registered_by_another(PLANNED_ACTION const& planned, QStrin
     std::optional<std::size_t> const own = claims_[planned.action].row;
     QList<std::size_t> const rows = registered_->values(path);
     // What a row says may have changed since the table was made.
-    return std::any_of(rows.begin(), rows.end(), [&](std::size_t row) {
-        return rows_[row].is_claimed && own != row && registers(row, &path);
-    });
+    return std::any_of(rows.begin(), rows.end(),
+                       [&](std::size_t row) { return rows_[row].is_claimed && own != row && registers(row, &path); });
 }
 
 QSet<QString> BUILD_STATE::current_targets() const {

@@ -93,7 +93,9 @@ PLAN last_step(std::vector<PLANNED_ACTION> actions, BUILD_SESSION& session, PLAN
         QDateTime newest;
         planned.action->get_affected_files(planned.sources, planned.targets, newest, session.files(), session.rules());
     }
-    return {std::move(actions), {}};
+    PLAN step;
+    step.actions = std::move(actions);
+    return step;
 }
 
 /// A database that has gone takes the fragment that declared it with it.

@@ -19,7 +19,7 @@ namespace {
 
 class PLANNER {
 public:
-    explicit PLANNER(BUILD_SESSION& session) : session_(session) {}
+    explicit PLANNER(BUILD_SESSION& session) : session_(session), guard_(session.project().working) {}
 
     PLAN plan() {
         take_in_new_actions(false);
@@ -56,6 +56,9 @@ private:
                 planned.state = PLANNED_ACTION::STATE::error;
                 planned.error = action->error();
             }
+            for (LOGICAL_PATH const& source : qAsConst(planned.sources))
+                if (source.text().startsWith(QLatin1String("<raw>/")))
+                    plan_.raw_sources.insert(source);
             plan_.actions.push_back(std::move(planned));
         }
     }
@@ -80,13 +83,12 @@ private:
     }
 
     void refuse_targets_outside(std::size_t first) {
-        TARGET_GUARD guard(session_.project().working);
         for (std::size_t i = first; i < plan_.actions.size(); ++i) {
             PLANNED_ACTION& planned = plan_.actions[i];
             if (planned.state == PLANNED_ACTION::STATE::error)
                 continue;
             for (ACTION_INTERFACE::TARGET_FILE const& target : qAsConst(planned.targets)) {
-                QString const refusal = guard.refusal(target.physical_path);
+                QString const refusal = guard_.refusal(target.physical_path);
                 if (refusal.isEmpty() || is_fragment_beside_source(planned, target))
                     continue;
                 planned.state = PLANNED_ACTION::STATE::error;
@@ -104,14 +106,15 @@ private:
                 continue;
             for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
                 QString const file = QDir::cleanPath(target.physical_path);
-                auto const first = producers_.constFind(file);
+                QString const place = guard_.place(file);
+                auto const first = producers_.constFind(place);
                 if (first != producers_.constEnd() && *first != i) {
                     PLANNED_ACTION const& other = plan_.actions[*first];
                     plan_.conflicts.push_back(QStringLiteral("two actions would write %1\n  %2\n  %3")
                                                   .arg(CONSOLE::shown(file), described(other), described(planned)));
                     continue;
                 }
-                producers_.insert(file, i);
+                producers_.insert(place, i);
                 // The database step lists what there will be.
                 if (session_.project().image_database && !session_.files().contains(target.logical_path))
                     session_.know_file(target.physical_path, target.logical_path);
@@ -152,7 +155,7 @@ private:
                     need(*place, dependency.optional);
             }
             for (LOGICAL_PATH const& source : qAsConst(planned.sources)) {
-                auto const producer = producers_.constFind(QDir::cleanPath(PATHS::physical_path(source)));
+                auto const producer = producers_.constFind(guard_.place(PATHS::physical_path(source)));
                 if (producer != producers_.constEnd())
                     need(*producer, false);
             }
@@ -223,7 +226,8 @@ private:
 
     BUILD_SESSION& session_;
     PLAN plan_;
-    /// Target file to its action's place.
+    TARGET_GUARD guard_;
+    /// Where a target file really lies to its action's place: links may give one file two names.
     QHash<QString, std::size_t> producers_;
 };
 

@@ -2,6 +2,8 @@
 // with everything that forbids it found before any work starts.
 #pragma once
 
+#include <QSet>
+
 #include "host/framework/diagnostic.hpp"
 #include "host/tool/build_session.hpp"
 
@@ -47,6 +49,8 @@ bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::
 bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target);
 
 struct PLAN {
+    /// The raw files that some action of the project reads, whether that action runs or not.
+    QSet<QString> raw_sources;
     /// In the order in which they run.
     std::vector<PLANNED_ACTION> actions;
     /// What makes the plan as a whole impossible: two actions with one target, actions that wait for each other. Each

@@ -116,7 +116,7 @@ EXIT_CODE open_exclusively(CONTEXT& context, BUILD_SESSION& session, bool waits,
             return !working.refusal(file).isEmpty() && !raw.refusal(file).isEmpty();
         };
         action.files.erase(std::remove_if(action.files.begin(), action.files.end(), is_foreign), action.files.end());
-        remove_unfinished_files(action.files);
+        remove_unfinished_files(action);
         remove_unfinished_neighbours(action);
     }
     BUILD_JOURNAL::forget_left_over(project.state_folder);

@@ -109,7 +109,8 @@ private:
     bool is_ending() const { return signals_ > 0 || (options_.fail_fast && counts_.failed > 0); }
 
     void start_actions() {
-        while (!is_ending() && running_count() < most_workers_) {
+        // An action that started while little else could may hold more than one worker's share of threads.
+        while (!is_ending() && running_count() < most_workers_ && threads_in_use() < options_.processors) {
             std::optional<std::size_t> const next = choose();
             if (!next)
                 return;
@@ -164,11 +165,16 @@ private:
         return sum;
     }
 
-    // An even share of the processors that nobody uses, for this action and those that may start beside it.
-    int share_of_threads() const {
+    int threads_in_use() const {
         int used = 0;
         for (POOL_WORKER const& worker : workers_)
             used += worker.running ? worker.running->threads : 0;
+        return used;
+    }
+
+    // An even share of the processors that nobody uses, for this action and those that may start beside it.
+    int share_of_threads() const {
+        int const used = threads_in_use();
         std::size_t const places = most_workers_ - running_count();
         std::size_t const starting = std::clamp<std::size_t>(schedule_.free_actions().size(), 1, places);
         return std::max(1, (options_.processors - used) / static_cast<int>(starting));
@@ -184,8 +190,7 @@ private:
         needs_.erase(action);
         running.begin = CLOCK::now();
         running.unfinished.started = QDateTime::currentMSecsSinceEpoch();
-        for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-            running.unfinished.files += target.physical_path.text();
+        running.unfinished.files = files_at_risk(planned);
 
         QString error;
         POOL_WORKER* worker = idle_worker(error);
@@ -314,15 +319,15 @@ private:
         finish(action, result);
     }
 
-    // Files that an action registers without having announced them are no part of the plan, so that two actions with one
-    // such file are found only now: two of this build, or one of it and one that is up to date. The one that ends last
-    // is told so.
+    // Files that an action registers without having announced them are no part of the plan, so that two actions with
+    // one such file are found only now: two of this build, or one of it and one that is up to date. The one that ends
+    // last is told so.
     std::optional<QString> clash_of(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
         std::optional<QString> clash;
         auto const take = [&](QString const& path, bool is_announced) {
             auto const [maker, is_new] = makers_.try_emplace(QDir::cleanPath(path), planned.id);
-            bool const is_taken = is_new ? !is_announced && state_.is_registered_by_another(planned, path)
-                                         : maker->second != planned.id;
+            bool const is_taken =
+                is_new ? !is_announced && state_.is_registered_by_another(planned, path) : maker->second != planned.id;
             if (is_taken && !clash)
                 clash = QStringLiteral("another action makes %1 as well").arg(CONSOLE::shown(path));
         };
@@ -350,7 +355,7 @@ private:
         result.library_lines = worker.process->take_output_lines();
         if (planned.state == PLANNED_ACTION::STATE::run) {
             take_back_targets(planned);
-            remove_unfinished_files(running.unfinished.files);
+            remove_unfinished_files(running.unfinished);
             cut_off_.push_back(running.unfinished);
         }
         if (signals_ > 0) {

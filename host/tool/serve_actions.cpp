@@ -2,9 +2,12 @@
 // tool, because an action that runs must be told to stop, and tells how far the action is.
 #include "host/tool/worker.hpp"
 
+#include "processor/host/paths.hpp"
+
 #include <condition_variable>
 #include <cstdio>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 
 #include <omp.h>
@@ -47,6 +50,10 @@ private:
             graph.repeat(change, error);
         omp_set_num_threads(order.threads);
         planned.action->set_working_file_listener([&](PHYSICAL_PATH const& path) {
+            // The action would write over it and take it away.
+            if (task_.plan.raw_sources.contains(PATHS::logical_path(path)))
+                throw std::runtime_error(path.text().toStdString() +
+                                         " is a source, and this action needs a file of that name for itself");
             task_.journal.note_file(planned, path);
             send(WORKING_FILE_MESSAGE{path});
         });

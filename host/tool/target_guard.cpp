@@ -67,16 +67,29 @@ QString TARGET_GUARD::refusal(QString const& path) {
     // The file itself may be a link: it is replaced, not followed. Its folders are followed. A ".." behind a link means
     // one thing to the system and another to the eye, so the path is looked at as it was given, too.
     for (QString const& folder : {QFileInfo(clean).path(), QFileInfo(path).path()}) {
-        auto known = real_folders_.find(folder);
-        if (known == real_folders_.end())
-            known = real_folders_.insert(folder, real_path(folder));
-        if (known->isEmpty() || real_root_.isEmpty())
+        QString const& real = real_folder(folder);
+        if (real.isEmpty() || real_root_.isEmpty())
             return QStringLiteral("the target \"%1\" lies behind links that go round in a circle").arg(clean);
-        if (*known != real_root_ && !is_inside(*known, real_root_))
+        if (real != real_root_ && !is_inside(real, real_root_))
             return QStringLiteral("the target \"%1\" lies outside the working root \"%2\": a link leads to \"%3\"")
-                .arg(clean, root_, *known);
+                .arg(clean, root_, real);
     }
     return {};
+}
+
+QString TARGET_GUARD::place(QString const& path) {
+    QString const clean = QDir::cleanPath(path);
+    if (!is_inside(clean, root_))
+        return clean;
+    int const slash = clean.lastIndexOf(u'/');
+    return real_folder(clean.left(slash)) + clean.mid(slash);
+}
+
+QString const& TARGET_GUARD::real_folder(QString const& folder) {
+    auto known = real_folders_.find(folder);
+    if (known == real_folders_.end())
+        known = real_folders_.insert(folder, real_path(folder));
+    return *known;
 }
 
 }  // namespace tool

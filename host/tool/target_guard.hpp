@@ -13,8 +13,12 @@ public:
 
     /// Why the file may not be touched; empty when it may. Answers per folder are remembered.
     QString refusal(QString const& path);
+    /// Where the file really lies, when it lies in the working root; else the path itself, tidied.
+    QString place(QString const& path);
 
 private:
+    QString const& real_folder(QString const& folder);
+
     QString root_;
     QString real_root_;
     QHash<QString, QString> real_folders_;

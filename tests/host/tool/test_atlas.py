@@ -65,11 +65,15 @@ class Atlas(ProjectTest):
         self.check(["build"], 0)
         self.assertEqual(self.files(), ["ui/icons.tai", "ui/icons0.dds", "ui/icons1.dds", "ui/icons2.dds"])
         first = (self.folder / "working_data/ui/icons0.dds").read_bytes()
+        # Pages that are there are announced, which they were not before.
+        self.check(["build", "-q", "-n", "--explain"], 0, "", "")
         for i in (1, 2):
             (self.folder / f"raw_data/{i}.tga").unlink()
         _, _, err = self.check(["build"], 0)
         self.assertIn("[1/1] done: Create atlas", err)
         self.assertEqual(self.files(), ["ui/icons.tai", "ui/icons0.dds"])
+        for _ in range(2):
+            self.assertRegex(self.check(["build"], 0)[2], r"^0 built, 1 up to date, 0 failed in [0-9.]+ s\n$")
         self.assertEqual((self.folder / "working_data/ui/icons0.dds").read_bytes(), first)
 
     def test_a_broken_source_names_itself_and_leaves_nothing(self):

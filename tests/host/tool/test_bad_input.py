@@ -94,6 +94,14 @@ class BadProjects(ProjectTest):
                      "  raw_data/a.png: Convert texture (a.png) (zab.toml:3)\n"
                      "  raw_data/a.tga: Convert texture (a.tga) (zab.toml:3)\n")
 
+    def test_two_names_of_one_target(self):
+        self.write({"zab.toml": RULE, "raw_data/one/a.tga": tga(8, 8), "raw_data/two/a.tga": tga(8, 8),
+                    "working_data/textures/one/": ""})
+        os.symlink("one", self.folder / "working_data/textures/two")
+        _, _, err = self.check(["build"], 2, "")
+        self.assertIn("two actions would write working_data/textures/two/a.dds\n", err)
+        self.assertEqual(self.files(), [])
+
 
 class TargetsOutside(ProjectTest):
     def refused(self, target, complaint):

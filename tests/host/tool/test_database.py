@@ -132,6 +132,8 @@ class Fragments(ProjectTest):
         self.assertIn('<dependency fragment="textures/d/a.dds" kind="all"/>',
                       (self.folder / "raw_data/d/x.texture_array.agf").read_text())
         self.write({"raw_data/d/x.agf": "of old"})
+        self.check(["build", "-n", "--explain"], 0,
+                   "would run: Asset Graph (x.texture_array): raw_data/d/x.agf is there and is to go\n", "")
         self.check(["clean"], 0)
         self.assertEqual(self.files("raw_data"), ["d/a.tga", "d/x.agf", "d/x.texture_array"])
 

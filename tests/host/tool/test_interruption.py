@@ -58,6 +58,36 @@ class Interrupted(StepTest):
         self.assertEqual(len(sizes), 1)
 
 
+class OthersFiles(StepTest):
+    def test_what_looks_half_written_and_is_not(self):
+        """Names such as files bear that are being written."""
+        others = {"working_data/a.backup": "mine", "raw_data/download.part": "mine"}
+        for victim in ("tool", "worker"):
+            with self.subTest(victim=victim):
+                self.setUp()
+                self.prepare({"a": "scratch s\nmakes a\nslow a2\ndeaf"})
+                self.write(others)
+                os.utime(self.folder / "working_data/a.backup", (1, 1))
+                build = self.start()
+                while "a2" not in self.files():
+                    time.sleep(0.01)
+                os.kill(build.pid if victim == "tool" else workers_of(build)[0], signal.SIGKILL)
+                build.communicate(timeout=10)
+                self.write({"raw_data/a.step": "makes a"})
+                self.check(["--plugin", STEPS, "build", "-q"], 0, "", "")
+                self.assertEqual(self.files(), ["a", "a.backup"])
+                self.assertEqual([name for name in others if not (self.folder / name).exists()], [])
+
+    def test_a_source_is_no_work_file(self):
+        self.write({"zab.toml": '[[rule]]\nname = "TextureOld"\nTargetPath = "old"\nmatch = "*.tga"\n'
+                                '[[rule]]\nname = "Texture"\nTargetPath = "new"\nmatch = "*.dds"\n',
+                    "raw_data/a.tga": tga(8, 8), "raw_data/a.dds": "a source", "raw_data/b.tga": tga(8, 8)})
+        _, _, err = self.check(["build"], 1)
+        self.assertIn("@/raw_data/a.dds is a source, and this action needs a file of that name for itself\n", err)
+        self.assertEqual((self.folder / "raw_data/a.dds").read_text(), "a source")
+        self.assertEqual(self.files(), ["old/b.dds"])
+
+
 class RandomMoments(ProjectTest):
     def tree(self):
         """Every file of the project but its state, with its bytes."""
