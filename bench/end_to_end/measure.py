@@ -55,7 +55,7 @@ def run(command, cwd=None):
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         told.unlink(missing_ok=True)
-        raise FAILED(f"{command[0]} ended with {process.returncode}: {said.decode(errors='replace')[-400:]}")
+        raise FAILED(f"{command[0]} ended with {process.returncode}: {said.decode(errors='replace').strip()[-400:]}")
     peak_bytes = int(told.read_text()) * 1024
     told.unlink()
     return COST(wall, usage.ru_utime + usage.ru_stime, peak_bytes)
