@@ -48,22 +48,32 @@ public:
         std::optional<std::string> const index = save_pages();
         if (!index)
             return false;
+        begin(action_.index_path());
         if (!write_atlas_index(action_, action_.index_path(), *index)) {
             for (int i = 0; i < page_count_; ++i)
                 action_.revert_from_perforce(action_.page_path(i, ".dds"), files_);
             action_.revert_from_perforce(action_.index_path(), files_);
             return false;
         }
-        unfinished_.append(action_.index_path());
         if (!compress_pages())
             return false;
+        register_pages();
         action_.add_to_perforce(action_.index_path(), files_, false, {});
+        if (action_.version_control_failed())
+            return false;
         unfinished_.clear();
         return true;
     }
 
 private:
     using SOURCES = std::vector<std::unique_ptr<ATLAS_SOURCE_TEXTURE>>;
+
+    // The host hears of every file before it is written: pages are not announced before the run, and a process that is
+    // killed takes back nothing by itself.
+    void begin(PHYSICAL_PATH const& file) {
+        action_.announce_working_file(file);
+        unfinished_.append(file);
+    }
 
     void remove_earlier_pages() {
         while (FILE_ENTRY const* const page = files_.value(PATHS::logical_path(old_page()))) {
@@ -119,7 +129,7 @@ private:
         for (auto const& pages : builder.groups())
             page_count_ = std::max(page_count_, static_cast<int>(pages.size()));
         for (int i = 0; i < page_count_; ++i)
-            unfinished_.append(action_.page_path(i, ".tga"));
+            begin(action_.page_path(i, ".tga"));
         builder.save_all(native_file_path(base));
         return atlas_index_text(groups, base.section(QLatin1Char('/'), -1).toLatin1().toStdString(),
                                 options.is_set(ATLAS_OPTION::half_texel));
@@ -148,27 +158,30 @@ private:
         return true;
     }
 
-    /// Also removes from version control what an earlier, larger build left.
     bool compress_pages() {
-        for (int i = 0; i < std::max(page_count_, old_page_count_); ++i) {
-            PHYSICAL_PATH const page = action_.page_path(i, ".dds");
-            if (i >= page_count_) {
-                action_.remove_from_perforce(page, files_);
-                continue;
-            }
+        for (int i = 0; i < page_count_; ++i) {
             if (action_.is_aborted())
                 return false;
+            PHYSICAL_PATH const page = action_.page_path(i, ".dds");
             PHYSICAL_PATH const targa = action_.page_path(i, ".tga");
-            unfinished_.append(page);
+            begin(page);
             if (!compress_page(targa, page)) {
                 action_.add_output_line(QStringLiteral("Failed to compress ") + targa);
                 return false;
             }
             QFile::remove(targa);
-            action_.add_to_perforce(page, files_, false, {});
             action_.set_progress_value(loading_progress + (i + 1) * (whole_progress - loading_progress) / page_count_);
         }
         return true;
+    }
+
+    // Once all pages are there: one that fails takes the others with it, and none of them must stay behind in version
+    // control. What an earlier, larger build left is removed from it.
+    void register_pages() {
+        for (int i = 0; i < page_count_; ++i)
+            action_.add_to_perforce(action_.page_path(i, ".dds"), files_, false, {});
+        for (int i = page_count_; i < old_page_count_; ++i)
+            action_.remove_from_perforce(action_.page_path(i, ".dds"), files_);
     }
 
     bool compress_page(PHYSICAL_PATH const& targa, PHYSICAL_PATH const& page) {

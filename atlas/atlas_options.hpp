@@ -1,5 +1,5 @@
 // The settings of the atlas builder, given like the arguments of a command. The atlas action makes such a list in
-// memory; the names, the checks and their texts are those of the tool that the builder once was by itself.
+// memory; the names, the checks and their texts are those of a command-line tool.
 #pragma once
 
 #include <array>

@@ -6,8 +6,14 @@
 int main(int argc, char** argv) {
     constexpr std::pair<char const*, int> fits[] = {{"range", squish::kColourRangeFit},
                                                     {"cluster", squish::kColourClusterFit}};
+    struct KIND {
+        char const* format;
+        int kind;
+        bool alpha;
+    };
     std::vector<PEER_ENCODER> encoders;
-    for (auto const& [format, kind] : {std::pair{"bc1", int{squish::kDxt1}}, {"bc3", int{squish::kDxt5}}}) {
+    for (auto const [format, kind, alpha] :
+         {KIND{"bc1", squish::kDxt1, false}, KIND{"bc1a", squish::kDxt1, true}, KIND{"bc3", squish::kDxt5, true}}) {
         for (auto const& [name, fit] : fits) {
             int const flags = kind | fit;
             std::size_t const bytes = kind == squish::kDxt1 ? 8 : 16;
@@ -16,8 +22,8 @@ int main(int argc, char** argv) {
                                         std::uint8_t texels[16][4];
                                         copy_block(rgba, block, texels);
                                         for (auto& texel : texels) {
-                                            // In DXT1 it would make transparent texels out of a low alpha.
-                                            texel[3] = kind == squish::kDxt1 ? 255 : texel[3];
+                                            // In DXT1 it makes transparent texels out of a low alpha.
+                                            texel[3] = alpha ? texel[3] : 255;
                                         }
                                         squish::Compress(texels[0], out, flags);
                                         out += bytes;

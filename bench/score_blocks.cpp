@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <string_view>
 #include <vector>
 
 #include "bench/crop_side.hpp"
@@ -49,6 +50,21 @@ double mean_squared_error(std::uint8_t const* a, std::uint8_t const* b, int firs
     return sum / (double(crop_side) * crop_side * channels);
 }
 
+/// Makes the colours of transparent texels those of the original, so that only the opaque ones count. False if other
+/// texels are transparent than should be.
+bool hide_transparent(std::uint8_t const* original, std::vector<std::uint8_t>& decoded) {
+    for (std::size_t i = 0; i < crop_bytes; i += 4) {
+        bool const transparent = original[i + 3] < 128;
+        if ((decoded[i + 3] == 0) != transparent) {
+            return false;
+        }
+        if (transparent) {
+            std::copy_n(original + i, 4, &decoded[i]);
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -68,6 +84,7 @@ int main(int argc, char** argv) {
     using enum blocks::FORMAT;
     bool const one_channel = *format == bc4_unorm || *format == bc4_snorm;
     bool const two_channels = *format == bc5_unorm || *format == bc5_snorm;
+    bool const one_bit_alpha = std::string_view(argv[1]) == "bc1a";
     bool const has_alpha = *format == bc2 || *format == bc3 || *format == bc7;
     SCORE colour, alpha;
     std::vector<std::uint8_t> decoded(crop_bytes);
@@ -75,6 +92,10 @@ int main(int argc, char** argv) {
         std::uint8_t const* original = &texels[square * crop_bytes];
         std::span<std::uint8_t const> const blocks(&encoded[square * block_bytes], block_bytes);
         if (!blocks::decode_image_rgba8(*format, blocks, crop_side, crop_side, decoded)) {
+            return 1;
+        }
+        if (one_bit_alpha && !hide_transparent(original, decoded)) {
+            std::cerr << "alpha is not as it should be\n";
             return 1;
         }
         colour.add(mean_squared_error(original, decoded.data(), 0, one_channel ? 1 : two_channels ? 2 : 3));

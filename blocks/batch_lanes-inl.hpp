@@ -19,13 +19,6 @@ using VI = hn::Vec<DI>;
 
 static_assert(batch_blocks % max_lanes == 0);
 
-/// The nearest integer, ties to even, for magnitudes below 2^22: adding 1.5 · 2^23 leaves no bits for a fraction.
-/// Quicker than the instruction made for it, and there are millions of them.
-HWY_INLINE V round(V value) {
-    V const shift = set(12582912.0f);
-    return hn::Sub(hn::Add(value, shift), shift);
-}
-
 /// Channel `shift / 8` of packed texels, 0 … 255.
 template <int shift>
 HWY_INLINE V unpack_channel(VU texels) {

@@ -125,8 +125,10 @@ void try_subsets(BC6H_TRIAL const& trial, TEXEL_SET const (&sets)[subsets], V pa
         }
         if (!trial.search.all_modes)
             measure(nearest, nearest_mode);
-        for (std::size_t s = 0; s < subsets; ++s)
-            form[s] = solve_least_squares<3>(moments[s], sums[s], ends[s]);
+        for (std::size_t s = 0; s < subsets; ++s) {
+            V explained;
+            form[s] = solve_least_squares<3>(subject, moments[s], sums[s], ends[s], explained);
+        }
     }
 }
 
@@ -137,7 +139,7 @@ void search_bc6h(BC6H_TRIAL const& trial) {
     PARTITION_SCORES scores;
     constexpr std::size_t partitions = 1u << bc6h_partition_bits;
     score_two_subsets(products, partitions, scores);
-    RANKED_PARTITIONS const ranked(scores.eight_levels, partitions, trial.search.partitions);
+    RANKED_PARTITIONS const ranked(scores, eight_levels_leave, partitions, trial.search.partitions);
     for (std::size_t k = 0; k < trial.search.partitions; ++k) {
         TEXEL_SET const second = ranked.look_up(two_subsets_second, k);
         try_subsets<is_signed, 2>(trial, {second.complement(), second}, ranked.number(k));

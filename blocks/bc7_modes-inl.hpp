@@ -1,4 +1,5 @@
-// The trials of the BC7 encoder, mode by mode, and what they have come to so far, one block a lane.
+// The trials of the BC7 encoder: fits all subsets of a mode, or polishes those that a block has, and keeps what is
+// better than before.
 #if defined(BLOCKS_BC7_MODES_INL_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef BLOCKS_BC7_MODES_INL_HPP
 #undef BLOCKS_BC7_MODES_INL_HPP
@@ -6,182 +7,180 @@
 #define BLOCKS_BC7_MODES_INL_HPP
 #endif
 
+#include "blocks/bc7_pool-inl.hpp"
 #include "blocks/bc7_subset_fit-inl.hpp"
-#include "blocks/bc7_tables.hpp"
 #include "blocks/partition_estimate-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace blocks::HWY_NAMESPACE {
 
-/// The best code so far of each block. Indices are left out: they follow from the endpoints.
-struct BC7_CHOICE {
-    V error;
-    V mode;
-    V partition;
-    V rotation;
-    V index_selection;
-    V end[3][2][4];
+/// What a trial is to do: fit from the ground up, or better the endpoints that the block already has.
+enum class BC7_STEP : std::uint8_t { fit, polish };
 
-    HWY_INLINE BC7_CHOICE() {
-        error = set(3e38f);
-        mode = partition = rotation = index_selection = zero();
-        for (auto& subset : end)
-            for (auto& one : subset)
-                for (auto& channel : one)
-                    channel = zero();
-    }
+/// A mode of one index plane. Where `channels` is 3, alpha is `alpha` throughout.
+struct BC7_PLANE_MODE {
+    std::uint8_t mode;
+    std::uint8_t subsets;
+    std::uint8_t channels;
+    std::uint8_t alpha;
+    ENDPOINT_SPEC spec;
 };
+inline constexpr BC7_PLANE_MODE bc7_mode_0{0, 3, 3, 255, {4, 0, P_BITS::own, 8}};
+inline constexpr BC7_PLANE_MODE bc7_mode_1{1, 2, 3, 255, {6, 0, P_BITS::shared, 8}};
+inline constexpr BC7_PLANE_MODE bc7_mode_2{2, 3, 3, 255, {5, 0, P_BITS::none, 4}};
+inline constexpr BC7_PLANE_MODE bc7_mode_3{3, 2, 3, 255, {7, 0, P_BITS::own, 4}};
+inline constexpr BC7_PLANE_MODE bc7_mode_6{6, 1, 4, 0, {7, 7, P_BITS::own, 16}};
+/// A block whose alpha is 255 or 0 throughout keeps that only with p-bits of one or zero.
+inline constexpr BC7_PLANE_MODE bc7_mode_6_opaque{6, 1, 3, 255, {7, 0, P_BITS::always_one, 16}};
+inline constexpr BC7_PLANE_MODE bc7_mode_6_transparent{6, 1, 3, 0, {7, 0, P_BITS::always_zero, 16}};
+inline constexpr BC7_PLANE_MODE bc7_mode_7{7, 2, 4, 0, {5, 5, P_BITS::own, 4}};
 
-/// What all trials of a group share.
-struct BC7_TRIAL {
-    TEXELS const& texels;
-    LANE_WEIGHTS const& weights;
-    BC7_SEARCH const& search;
-    BC7_CHOICE& choice;
-
-    template <std::size_t C>
-    HWY_INLINE SUBJECT<C> colours() const {
-        SUBJECT<C> subject{texels, weights, {}};
-        for (std::size_t i = 0; i < C; ++i)
-            subject.channel[i] = i;
-        return subject;
-    }
+/// A mode of two index planes. Alpha, or the channel that has changed places with it, is by itself.
+struct BC7_TWO_PLANE_MODE {
+    std::uint8_t mode;
+    std::uint8_t index_selection;
+    ENDPOINT_SPEC colours;
+    ENDPOINT_SPEC lone;
 };
+inline constexpr BC7_TWO_PLANE_MODE bc7_mode_4_fine_alpha{4, 0, {5, 0, P_BITS::none, 4}, {6, 0, P_BITS::none, 8}};
+inline constexpr BC7_TWO_PLANE_MODE bc7_mode_4_fine_colour{4, 1, {5, 0, P_BITS::none, 8}, {6, 0, P_BITS::none, 4}};
+inline constexpr BC7_TWO_PLANE_MODE bc7_mode_5{5, 0, {7, 0, P_BITS::none, 4}, {8, 0, P_BITS::none, 4}};
 
-/// Where a fit leaves alpha out, `alpha` is what the block has throughout.
+/// The endpoints that the blocks have: channels [first, first + C) of subset `subset`.
 template <std::size_t C>
-HWY_INLINE void take_ends(M better, FIT<C> const& fit, V (&end)[2][4], float alpha = 255.0f) {
-    for (std::size_t i = 0; i < 4; ++i) {
-        end[0][i] = hn::IfThenElse(better, i < C ? fit.ends.a[i < C ? i : 0] : set(alpha), end[0][i]);
-        end[1][i] = hn::IfThenElse(better, i < C ? fit.ends.b[i < C ? i : 0] : set(alpha), end[1][i]);
+HWY_INLINE ENDS<C> ends_so_far(BC7_LANES const& lanes, std::size_t subset, std::size_t first) {
+    ENDS<C> ends;
+    for (std::size_t i = 0; i < C; ++i) {
+        alignas(64) float a[lane_count], b[lane_count];
+        for (std::size_t lane = 0; lane < lane_count; ++lane) {
+            auto const& end = lanes.at(lane).code.end[subset];
+            a[lane] = end[0][first + i];
+            b[lane] = end[1][first + i];
+        }
+        ends.a[i] = hn::Load(D(), a);
+        ends.b[i] = hn::Load(D(), b);
+    }
+    return ends;
+}
+
+/// Does one step of the search with one subset of one plane.
+template <BC7_STEP step, ENDPOINT_SPEC spec, bool whole, std::size_t C>
+HWY_INLINE FIT<C> work_on(BC7_LANES const& lanes, SUBJECT<C> const& subject, TEXEL_SET texels, MOMENTS<C> const& m,
+                          BC7_SEARCH const& search, std::size_t subset) {
+    if constexpr (step == BC7_STEP::fit) {
+        return fit_subset<spec, C, whole>(subject, texels, m, whole ? search.one_subset : search.more_subsets);
+    } else {
+        FIT<C> fit{ends_so_far<C>(lanes, subset, subject.channel[0]), zero()};
+        fit.error = evaluate<EVALUATION{.whole = whole}, C>(subject, texels, fit.ends, spec.levels, nullptr);
+        polish_subset<spec, C, whole>(subject, texels, search.sweeps, fit);
+        return fit;
     }
 }
 
-HWY_INLINE void take_header(M better, V error, int mode, V partition, int rotation, int selection, BC7_CHOICE& choice) {
-    choice.error = hn::IfThenElse(better, error, choice.error);
-    choice.mode = hn::IfThenElse(better, set(static_cast<float>(mode)), choice.mode);
-    choice.partition = hn::IfThenElse(better, partition, choice.partition);
-    choice.rotation = hn::IfThenElse(better, set(static_cast<float>(rotation)), choice.rotation);
-    choice.index_selection = hn::IfThenElse(better, set(static_cast<float>(selection)), choice.index_selection);
-}
-
-/// Mode 6: one subset, 16 levels. A block whose alpha is 255 or 0 throughout keeps that only with p-bits of one or
-/// zero; then alpha is left out of the fit and given as `alpha`.
-template <std::size_t C, P_BITS p>
-void try_mode_6(BC7_TRIAL const& trial, float alpha = 255.0f) {
-    FIT<C> const fit = fit_subset<ENDPOINT_SPEC{7, 7, p, 16}, C, true>(trial.colours<C>(), all_texels(), trial.search);
-    M const better = hn::Lt(fit.error, trial.choice.error);
-    take_ends<C>(better, fit, trial.choice.end[0], alpha);
-    take_header(better, fit.error, 6, zero(), 0, 0, trial.choice);
-}
-
-/// Modes 1, 3 and 7: two subsets, for the `count` best partitions.
-template <ENDPOINT_SPEC spec, std::size_t C>
-void try_two_subsets(BC7_TRIAL const& trial, int mode, RANKED_PARTITIONS const& ranked, std::size_t count) {
-    SUBJECT<C> const subject = trial.colours<C>();
-    for (std::size_t k = 0; k < count; ++k) {
-        TEXEL_SET const second = ranked.look_up(two_subsets_second, k);
-        FIT<C> const fit_0 = fit_subset<spec, C, false>(subject, second.complement(), trial.search);
-        FIT<C> const fit_1 = fit_subset<spec, C, false>(subject, second, trial.search);
-        V const error = hn::Add(fit_0.error, fit_1.error);
-        M const better = hn::Lt(error, trial.choice.error);
-        take_ends<C>(better, fit_0, trial.choice.end[0]);
-        take_ends<C>(better, fit_1, trial.choice.end[1]);
-        take_header(better, error, mode, ranked.number(k), 0, 0, trial.choice);
+/// Gives the endpoints in channels [first, first + C) of a subset to the lanes' blocks that are marked.
+template <std::size_t C>
+HWY_INLINE void give_ends(BC7_LANES const& lanes, bool const (&better)[lane_count], ENDS<C> const& ends,
+                          std::size_t subset, std::size_t first) {
+    for (std::size_t i = 0; i < C; ++i) {
+        alignas(64) float a[lane_count], b[lane_count];
+        hn::Store(ends.a[i], D(), a);
+        hn::Store(ends.b[i], D(), b);
+        for (std::size_t lane = 0; lane < lanes.trials.size(); ++lane)
+            if (better[lane]) {
+                auto& end = lanes.at(lane).code.end[subset];
+                end[0][first + i] = static_cast<std::uint8_t>(a[lane]);
+                end[1][first + i] = static_cast<std::uint8_t>(b[lane]);
+            }
     }
 }
 
-/// Modes 0 and 2: three subsets, for the `count` best partitions.
-template <ENDPOINT_SPEC spec>
-void try_three_subsets(BC7_TRIAL const& trial, int mode, RANKED_PARTITIONS const& ranked, std::size_t count) {
-    SUBJECT<3> const subject = trial.colours<3>();
-    for (std::size_t k = 0; k < count; ++k) {
-        TEXEL_SET const second = ranked.look_up(three_subsets_second, k);
-        TEXEL_SET const third = ranked.look_up(three_subsets_third, k);
-        TEXEL_SET const first = second.complement().without(third);
-        FIT<3> const fit_0 = fit_subset<spec, 3, false>(subject, first, trial.search);
-        FIT<3> const fit_1 = fit_subset<spec, 3, false>(subject, second, trial.search);
-        FIT<3> const fit_2 = fit_subset<spec, 3, false>(subject, third, trial.search);
-        V const error = hn::Add(hn::Add(fit_0.error, fit_1.error), fit_2.error);
-        M const better = hn::Lt(error, trial.choice.error);
-        take_ends<3>(better, fit_0, trial.choice.end[0]);
-        take_ends<3>(better, fit_1, trial.choice.end[1]);
-        take_ends<3>(better, fit_2, trial.choice.end[2]);
-        take_header(better, error, mode, ranked.number(k), 0, 0, trial.choice);
+/// Marks the lanes whose trial is the best so far for its block and puts the header into those blocks. Several lanes
+/// may have the same block: a later one then gains over an earlier one.
+HWY_INLINE bool give_header(BC7_LANES const& lanes, V error, int mode, int selection, bool rotated,
+                            bool (&better)[lane_count]) {
+    if (hn::AllFalse(D(), hn::Lt(error, lanes.limit)))
+        return false;
+    alignas(64) float errors[lane_count];
+    hn::Store(error, D(), errors);
+    for (std::size_t lane = 0; lane < lane_count; ++lane) {
+        better[lane] = lane < lanes.trials.size() && errors[lane] < lanes.at(lane).error;
+        if (!better[lane])
+            continue;
+        BC7_BLOCK& block = lanes.at(lane);
+        block.error = errors[lane];
+        block.code.mode = static_cast<std::uint8_t>(mode);
+        block.code.partition = rotated ? std::uint8_t{0} : lanes.variant(lane);
+        block.code.rotation = rotated ? lanes.variant(lane) : std::uint8_t{0};
+        block.code.index_selection = static_cast<std::uint8_t>(selection);
     }
+    return true;
 }
 
-/// Modes 4 and 5: one channel has indices of its own. `rotation` says which: 0 is alpha, 1 to 3 are red, green and
-/// blue, whose place alpha takes among the colours.
-template <ENDPOINT_SPEC colour, ENDPOINT_SPEC single>
-void try_two_planes(BC7_TRIAL const& trial, int mode, int rotation, int selection) {
-    SUBJECT<3> colours = trial.colours<3>();
-    SUBJECT<1> lone{trial.texels, trial.weights, {3}};
-    if (rotation)
-        std::swap(colours.channel[rotation - 1], lone.channel[0]);
-    FIT<3> const fit_3 = fit_subset<colour, 3, true>(colours, all_texels(), trial.search);
-    FIT<1> const fit_1 = fit_subset<single, 1, true>(lone, all_texels(), trial.search);
-    V const error = hn::Add(fit_3.error, fit_1.error);
-    M const better = hn::Lt(error, trial.choice.error);
-    auto& end = trial.choice.end[0];
-    take_ends<3>(better, fit_3, end);
-    end[0][3] = hn::IfThenElse(better, fit_1.ends.a[0], end[0][3]);
-    end[1][3] = hn::IfThenElse(better, fit_1.ends.b[0], end[1][3]);
-    take_header(better, error, mode, zero(), rotation, selection, trial.choice);
+/// Calls `use` for every group of lanes that the trials fill.
+template <class USE>
+HWY_INLINE void each_group(BC7_POOL& pool, std::span<BC7_TRIAL const> trials, bool rotated, USE&& use) {
+    for (; !trials.empty(); trials = trials.subspan(std::min(lane_count, trials.size())))
+        use(BC7_LANES(pool, trials.first(std::min(lane_count, trials.size())), rotated));
 }
 
-HWY_INLINE void try_modes_4_and_5(BC7_TRIAL const& trial, int rotations) {
-    for (int rotation = 0; rotation < rotations; ++rotation) {
-        try_two_planes<ENDPOINT_SPEC{7, 0, P_BITS::none, 4}, ENDPOINT_SPEC{8, 0, P_BITS::none, 4}>(trial, 5, rotation,
-                                                                                                   0);
-        try_two_planes<ENDPOINT_SPEC{5, 0, P_BITS::none, 4}, ENDPOINT_SPEC{6, 0, P_BITS::none, 8}>(trial, 4, rotation,
-                                                                                                   0);
-        try_two_planes<ENDPOINT_SPEC{5, 0, P_BITS::none, 8}, ENDPOINT_SPEC{6, 0, P_BITS::none, 4}>(trial, 4, rotation,
-                                                                                                   1);
-    }
+template <BC7_PLANE_MODE mode, BC7_STEP step>
+HWY_NOINLINE void try_mode(BC7_POOL& pool, BC7_SEARCH const& search, std::span<BC7_TRIAL const> trials) {
+    constexpr std::size_t C = mode.channels;
+    constexpr bool whole = mode.subsets == 1;
+    each_group(pool, trials, false, [&](BC7_LANES const& lanes) {
+        SUBJECT<C> const subject = lanes.colours<C>();
+        TEXEL_SET sets[3] = {all_texels(), all_texels(), all_texels()};
+        MOMENTS<C> moments[3];
+        moments[0] = sum_moments<EVALUATION{.whole = true}>(subject, all_texels());
+        if constexpr (mode.subsets == 3) {
+            sets[1] = lanes.look_up(three_subsets_second);
+            sets[2] = lanes.look_up(three_subsets_third);
+        } else if constexpr (mode.subsets == 2) {
+            sets[1] = lanes.look_up(two_subsets_second);
+        }
+        for (std::size_t s = 1; s < mode.subsets; ++s) {
+            sets[0] = sets[0].without(sets[s]);
+            moments[s] = sum_moments<EVALUATION{}>(subject, sets[s]);
+            moments[0] = difference<C>(moments[0], moments[s]);
+        }
+        FIT<C> fit[mode.subsets];
+        V error = zero();
+        for (std::size_t s = 0; s < mode.subsets; ++s) {
+            fit[s] = work_on<step, mode.spec, whole>(lanes, subject, sets[s], moments[s], search, s);
+            error = hn::Add(error, fit[s].error);
+            if (hn::AllFalse(D(), hn::Lt(error, lanes.limit)))
+                return;
+        }
+        bool better[lane_count];
+        if (!give_header(lanes, error, mode.mode, 0, false, better))
+            return;
+        for (std::size_t s = 0; s < mode.subsets; ++s) {
+            give_ends<C>(lanes, better, fit[s].ends, s, 0);
+            if constexpr (C == 3) {
+                ENDS<1> const alpha{{set(mode.alpha)}, {set(mode.alpha)}};
+                give_ends<1>(lanes, better, alpha, s, 3);
+            }
+        }
+    });
 }
 
-/// All modes for blocks whose alpha is 255 throughout.
-inline void search_opaque(BC7_TRIAL const& trial) {
-    BC7_SEARCH const& search = trial.search;
-    try_mode_6<3, P_BITS::always_one>(trial);
-    TEXEL_PRODUCTS<3> const products(trial.texels, trial.weights.root);
-    PARTITION_SCORES scores;
-    if (search.partitions_1 || search.partitions_3) {
-        score_two_subsets(products, 64, scores);
-        RANKED_PARTITIONS const eight(scores.eight_levels, 64, search.partitions_1);
-        try_two_subsets<ENDPOINT_SPEC{6, 0, P_BITS::shared, 8}, 3>(trial, 1, eight, search.partitions_1);
-        RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_3);
-        try_two_subsets<ENDPOINT_SPEC{7, 0, P_BITS::own, 4}, 3>(trial, 3, four, search.partitions_3);
-    }
-    if (search.partitions_0 || search.partitions_2) {
-        score_three_subsets<3>(products, scores);
-        RANKED_PARTITIONS const eight(scores.eight_levels, 16, search.partitions_0);
-        try_three_subsets<ENDPOINT_SPEC{4, 0, P_BITS::own, 8}>(trial, 0, eight, search.partitions_0);
-        RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_2);
-        try_three_subsets<ENDPOINT_SPEC{5, 0, P_BITS::none, 4}>(trial, 2, four, search.partitions_2);
-    }
-    try_modes_4_and_5(trial, search.opaque_rotations);
-}
-
-/// All modes that carry alpha.
-inline void search_translucent(BC7_TRIAL const& trial) {
-    BC7_SEARCH const& search = trial.search;
-    try_mode_6<4, P_BITS::own>(trial);
-    try_modes_4_and_5(trial, search.rotations);
-    if (search.partitions_7) {
-        TEXEL_PRODUCTS<4> const products(trial.texels, trial.weights.root);
-        PARTITION_SCORES scores;
-        score_two_subsets(products, 64, scores);
-        RANKED_PARTITIONS const four(scores.four_levels, 64, search.partitions_7);
-        try_two_subsets<ENDPOINT_SPEC{5, 5, P_BITS::own, 4}, 4>(trial, 7, four, search.partitions_7);
-    }
-}
-
-/// For blocks whose alpha is 0 throughout: the modes that give exactly that.
-inline void search_transparent(BC7_TRIAL const& trial) {
-    try_mode_6<3, P_BITS::always_zero>(trial, 0.0f);
-    try_modes_4_and_5(trial, trial.search.rotations);
+template <BC7_TWO_PLANE_MODE mode, BC7_STEP step>
+HWY_NOINLINE void try_mode(BC7_POOL& pool, BC7_SEARCH const& search, std::span<BC7_TRIAL const> trials) {
+    each_group(pool, trials, true, [&](BC7_LANES const& lanes) {
+        SUBJECT<3> const colours = lanes.colours<3>();
+        SUBJECT<1> const lone = lanes.lone_channel();
+        auto const colour_moments = sum_moments<EVALUATION{.whole = true}>(colours, all_texels());
+        FIT<3> const fit_3 = work_on<step, mode.colours, true>(lanes, colours, all_texels(), colour_moments, search, 0);
+        if (hn::AllFalse(D(), hn::Lt(fit_3.error, lanes.limit)))
+            return;
+        auto const lone_moments = sum_moments<EVALUATION{.whole = true}>(lone, all_texels());
+        FIT<1> const fit_1 = work_on<step, mode.lone, true>(lanes, lone, all_texels(), lone_moments, search, 0);
+        bool better[lane_count];
+        if (!give_header(lanes, hn::Add(fit_3.error, fit_1.error), mode.mode, mode.index_selection, true, better))
+            return;
+        give_ends<3>(lanes, better, fit_3.ends, 0, 0);
+        give_ends<1>(lanes, better, fit_1.ends, 0, 3);
+    });
 }
 
 }  // namespace blocks::HWY_NAMESPACE

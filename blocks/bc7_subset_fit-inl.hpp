@@ -1,5 +1,9 @@
-// Fits a subset of a BC7 block, one block a lane: rounds of quantising the endpoints, giving each texel its index and
-// solving the endpoints anew. The error that decides is the decoder's own, rounding and all.
+// Fits a subset of a BC7 block, one block a lane. Texels are projected on the principal axis once. Their indices are
+// then spread over all levels of the palette, or squeezed into fewer of them so that the endpoints come to lie beyond
+// the outermost texels, and for each such start least squares gives the endpoints and, in closed form, their error
+// after rounding. Only the best of the starts are measured exactly, as a decoder would see them, and refined by taking
+// indices and least squares by turns. Squeezing pays because stored endpoints are coarse and, for a handful of texels,
+// there are more levels than texels: many choices of levels fit nearly as well, and one of them rounds best.
 #if defined(BLOCKS_BC7_SUBSET_FIT_INL_HPP) == defined(HWY_TARGET_TOGGLE)
 #ifdef BLOCKS_BC7_SUBSET_FIT_INL_HPP
 #undef BLOCKS_BC7_SUBSET_FIT_INL_HPP
@@ -7,131 +11,139 @@
 #define BLOCKS_BC7_SUBSET_FIT_INL_HPP
 #endif
 
-#include "blocks/bc7_search.hpp"
-#include "blocks/line_fit-inl.hpp"
+#include "blocks/bc7_rounding-inl.hpp"
 
 HWY_BEFORE_NAMESPACE();
 namespace blocks::HWY_NAMESPACE {
 
-/// Values that `bits` bits and, below them, a p-bit can express, as a decoder widens them: the next one not above a
-/// value and the next one above.
-struct NEIGHBOURS {
-    V low;
-    V high;
+/// Levels left free at the lower and the upper end of the palette, likeliest to pay first.
+struct SQUEEZE {
+    std::uint8_t below;
+    std::uint8_t above;
 };
+inline constexpr SQUEEZE bc7_squeezes[] = {{0, 0}, {1, 1}, {1, 0}, {0, 1}, {2, 0}, {0, 2}, {2, 1}, {1, 2},
+                                           {2, 2}, {3, 0}, {0, 3}, {3, 1}, {1, 3}, {3, 2}, {2, 3}, {3, 3}};
 
-template <int bits, bool has_p>
-HWY_INLINE NEIGHBOURS neighbours(V value, V p) {
-    constexpr int total = bits + has_p;
-    constexpr float top = static_cast<float>((1 << bits) - 1);
-    constexpr float scale = static_cast<float>((1 << total) - 1) / 255.0f;
-    auto const widen = [&](V code) {
-        code = clamp(code, zero(), set(top));
-        if constexpr (has_p)
-            code = hn::Add(hn::Add(code, code), p);
-        if constexpr (total == 8) {
-            return code;
+inline constexpr std::size_t most_candidates = 8;
+
+/// Where the texels lie along the principal axis, from 0 for the first to 1 for the last.
+template <std::size_t C, bool whole>
+HWY_NOINLINE void positions_on_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOMENTS<C> const& m, V (&along)[16]) {
+    V project[C];
+    if constexpr (C == 1) {
+        project[0] = set(1.0f);
+    } else {
+        V matrix[triangle(C)];
+        scatter_matrix<C>(m, matrix);
+        std::size_t k = 0;
+        for (std::size_t i = 0; i < C; ++i)
+            for (std::size_t j = i; j < C; ++j, ++k)
+                matrix[k] = hn::Mul(matrix[k], hn::Mul(subject.root(i), subject.root(j)));
+        normalise<C>(matrix);
+        power_iteration<C, 4>(matrix, project);
+        for (std::size_t i = 0; i < C; ++i)
+            project[i] = hn::Mul(project[i], subject.root(i));
+    }
+    V low = set(3e38f), high = set(-3e38f);
+    for (std::size_t t = 0; t < 16; ++t) {
+        V c[C];
+        subject.load(t, c);
+        V const position = along[t] = dot<C>(c, project);
+        if constexpr (whole) {
+            low = hn::Min(low, position);
+            high = hn::Max(high, position);
         } else {
-            constexpr float up = static_cast<float>(1 << (8 - total));
-            constexpr float down = 1.0f / static_cast<float>(1 << (2 * total - 8));
-            return hn::Add(hn::Mul(code, set(up)), hn::Floor(hn::Mul(code, set(down))));
+            M const in = texels.has(t);
+            low = hn::IfThenElse(in, hn::Min(low, position), low);
+            high = hn::IfThenElse(in, hn::Max(high, position), high);
         }
-    };
-    V scaled = hn::Mul(value, set(scale));
-    if constexpr (has_p)
-        scaled = hn::Mul(hn::Sub(scaled, p), set(0.5f));
-    V const code = hn::Floor(scaled);
-    return {widen(code), widen(hn::Add(code, set(1.0f)))};
-}
-
-template <ENDPOINT_SPEC spec, std::size_t C>
-HWY_INLINE void neighbours_of_end(V const (&value)[C], float p, NEIGHBOURS (&out)[C]) {
-    constexpr bool has_p = spec.p != P_BITS::none;
-    for (std::size_t i = 0; i < C && i < 3; ++i)
-        out[i] = neighbours<spec.colour_bits, has_p>(value[i], set(p));
-    if constexpr (C == 4)
-        out[3] = neighbours<spec.alpha_bits, has_p>(value[3], set(p));
-}
-
-/// Rounds both ends to values that the p-bits allow: in each channel the pair of neighbours that costs least. Gives the
-/// cost.
-template <std::size_t C>
-HWY_INLINE V round_ends(SUBJECT<C> const& subject, ERROR_FORM const& form, ENDS<C> const& ends,
-                        NEIGHBOURS const (&near_a)[C], NEIGHBOURS const (&near_b)[C], ENDS<C>& out) {
-    V total = zero();
-    for (std::size_t i = 0; i < C; ++i) {
-        V cost = set(3e38f);
-        for (V const a : {near_a[i].low, near_a[i].high})
-            for (V const b : {near_b[i].low, near_b[i].high}) {
-                V const growth = form.growth(hn::Sub(a, ends.a[i]), hn::Sub(b, ends.b[i]));
-                M const less = hn::Lt(growth, cost);
-                cost = hn::Min(growth, cost);
-                out.a[i] = hn::IfThenElse(less, a, out.a[i]);
-                out.b[i] = hn::IfThenElse(less, b, out.b[i]);
-            }
-        total = hn::Add(total, hn::Mul(cost, subject.weight(i)));
     }
-    return total;
+    V const inverse = hn::Div(set(1.0f), hn::Max(hn::Sub(high, low), set(1e-6f)));
+    for (V& position : along)
+        position = hn::Mul(hn::Sub(position, low), inverse);
 }
 
-/// Calls `use(rounded ends, cost)` for every combination of p-bits that the mode knows.
-template <ENDPOINT_SPEC spec, std::size_t C, class USE>
-HWY_INLINE void each_rounding(SUBJECT<C> const& subject, ERROR_FORM const& form, ENDS<C> const& ends, USE&& use) {
-    constexpr int first_p = spec.p == P_BITS::always_one ? 1 : 0;
-    constexpr int last_p = spec.p == P_BITS::none || spec.p == P_BITS::always_zero ? 0 : 1;
-    NEIGHBOURS near_a[2][C], near_b[2][C];
-    for (int p = first_p; p <= last_p; ++p) {
-        neighbours_of_end<spec, C>(ends.a, static_cast<float>(p), near_a[p]);
-        neighbours_of_end<spec, C>(ends.b, static_cast<float>(p), near_b[p]);
+/// What least squares needs for texels whose indices are their positions, spread over the levels that are not left
+/// free.
+template <int levels, bool whole, std::size_t C>
+HWY_NOINLINE void sum_squeezed(SUBJECT<C> const& subject, TEXEL_SET texels, V const (&along)[16], SQUEEZE squeeze,
+                               WEIGHT_SUMS<C>& sums) {
+    V const lowest = set(static_cast<float>(squeeze.below));
+    V const steps = set(static_cast<float>(levels - 1 - squeeze.below - squeeze.above));
+    sums.clear();
+    for (std::size_t t = 0; t < 16; ++t) {
+        V const index = round_to_nearest(hn::Add(hn::Mul(along[t], steps), lowest));
+        V w = round_to_nearest(hn::Mul(index, set(64.0f / (levels - 1))));
+        if constexpr (!whole)
+            w = hn::IfThenElseZero(texels.has(t), w);
+        sums.w = hn::Add(sums.w, w);
+        sums.ww = hn::Add(sums.ww, square(w));
+        V c[C];
+        subject.load(t, c);
+        for (std::size_t i = 0; i < C; ++i)
+            sums.wc[i] = hn::Add(sums.wc[i], hn::Mul(w, c[i]));
     }
-    for (int p_a = first_p; p_a <= last_p; ++p_a)
-        for (int p_b = first_p; p_b <= last_p; ++p_b) {
-            if (spec.p == P_BITS::shared && p_a != p_b)
-                continue;
-            ENDS<C> rounded = ends;
-            V const cost = round_ends<C>(subject, form, ends, near_a[p_a], near_b[p_b], rounded);
-            use(rounded, cost);
-        }
 }
 
-/// The whole fit of one subset. `whole` says that the set is all texels, which spares the masks.
+/// The whole fit of one subset whose moments are known. `whole` says that the set is all texels, which spares the
+/// masks.
 template <ENDPOINT_SPEC spec, std::size_t C, bool whole>
-FIT<C> fit_subset(SUBJECT<C> const& subject, TEXEL_SET texels, BC7_SEARCH const& search) {
-    MOMENTS<C> const m = sum_moments<EVALUATION{.whole = whole}>(subject, texels);
-    ENDS<C> ends = cover_axis<C, whole>(subject, texels, m);
-    auto form = ERROR_FORM::even(m.count);
-    FIT<C> best{ends, set(3e38f)};
-    for (int round = 0; round < search.rounds; ++round) {
+HWY_NOINLINE FIT<C> fit_subset(SUBJECT<C> const& subject, TEXEL_SET texels, MOMENTS<C> const& m, BC7_FIT_DEPTH depth) {
+    V along[16];
+    positions_on_axis<C, whole>(subject, texels, m, along);
+    FIT<C> candidate[most_candidates];
+    for (FIT<C>& none : candidate)
+        none.error = set(3e38f);
+    int starts = 0;
+    for (SQUEEZE const squeeze : bc7_squeezes) {
+        if (squeeze.below + squeeze.above > spec.levels - 2)
+            continue;
         WEIGHT_SUMS<C> sums;
-        sums.clear();
-        bool const last = round + 1 == search.rounds;
-        constexpr bool choice = spec.p == P_BITS::own || spec.p == P_BITS::shared;
-        if (choice && search.all_p_bits) {
-            V lowest = set(3e38f);
-            each_rounding<spec, C>(subject, form, ends, [&](ENDS<C> const& rounded, V) {
-                WEIGHT_SUMS<C> s;
-                V const error =
-                    evaluate<EVALUATION{.whole = whole, .sums = true}>(subject, texels, rounded, spec.levels, &s);
-                M const lower = hn::Lt(error, lowest);
-                lowest = hn::Min(error, lowest);
-                sums.take_if(lower, s);
-                best.take_if(hn::Lt(error, best.error), rounded, error);
-            });
-        } else {
-            FIT<C> cheapest{ends, set(3e38f)};
-            each_rounding<spec, C>(subject, form, ends, [&](ENDS<C> const& rounded, V cost) {
-                cheapest.take_if(hn::Lt(cost, cheapest.error), rounded, cost);
-            });
-            ENDS<C> const& q = cheapest.ends;
-            V const error =
-                last ? evaluate<EVALUATION{.whole = whole}, C>(subject, texels, q, spec.levels, nullptr)
-                     : evaluate<EVALUATION{.whole = whole, .sums = true}>(subject, texels, q, spec.levels, &sums);
-            best.take_if(hn::Lt(error, best.error), q, error);
-        }
-        if (!last)
-            form = solve_least_squares<C>(m, sums, ends);
+        sum_squeezed<spec.levels, whole>(subject, texels, along, squeeze, sums);
+        ENDS<C> ends;
+        V explained;
+        ERROR_FORM const form = solve_least_squares<C>(subject, m, sums, ends, explained);
+        each_rounding<spec, C>(subject, form, ends, [&](ENDS<C> const& rounded, V cost) {
+            V const error = hn::Sub(cost, explained);
+            FIT<C> next{rounded, error};
+            for (int k = 0; k < depth.candidates; ++k) {
+                M const better = hn::Lt(next.error, candidate[k].error);
+                FIT<C> const displaced = candidate[k];
+                candidate[k].take_if(better, next.ends, next.error);
+                next.take_if(better, displaced.ends, displaced.error);
+            }
+        });
+        if (++starts == depth.starts)
+            break;
+    }
+    FIT<C> best{candidate[0].ends, set(3e38f)};
+    for (int k = 0; k < depth.candidates; ++k) {
+        ENDS<C> const& ends = candidate[k].ends;
+        V const error = evaluate<EVALUATION{.whole = whole}, C>(subject, texels, ends, spec.levels, nullptr);
+        best.take_if(hn::Lt(error, best.error), ends, error);
     }
     return best;
+}
+
+/// Betters a fit by moving one channel of one endpoint at a time one step up and down, for as long as that helps, at
+/// most `sweeps` times over.
+template <ENDPOINT_SPEC spec, std::size_t C, bool whole>
+HWY_NOINLINE void polish_subset(SUBJECT<C> const& subject, TEXEL_SET texels, int sweeps, FIT<C>& best) {
+    for (int sweep = 0; sweep < sweeps; ++sweep) {
+        V const before = best.error;
+        for (std::size_t i = 0; i < C; ++i)
+            for (bool const second : {false, true})
+                for (float const direction : {-1.0f, 1.0f}) {
+                    ENDS<C> ends = best.ends;
+                    V& moved = second ? ends.b[i] : ends.a[i];
+                    with_grid<spec>(i, [&](auto grid) { moved = grid.next(moved, direction); });
+                    V const error =
+                        evaluate<EVALUATION{.whole = whole}, C>(subject, texels, ends, spec.levels, nullptr);
+                    best.take_if(hn::Lt(error, best.error), ends, error);
+                }
+        if (hn::AllFalse(D(), hn::Lt(best.error, before)))
+            break;
+    }
 }
 
 }  // namespace blocks::HWY_NAMESPACE

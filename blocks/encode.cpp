@@ -1,5 +1,5 @@
-// Checks, and then a row of blocks at a time. BC1 to BC5 go through their encoders in batches; those of 16 bytes are
-// made of two halves of 8, each from an encoder of its own. BC6H and BC7 take whole rows.
+// Checks, and then some rows of blocks at a time. BC1 to BC5 go through their encoders in batches; those of 16 bytes
+// are made of two halves of 8, each from an encoder of its own. BC6H and BC7 take whole rows.
 #include "blocks/encode.hpp"
 
 #include <algorithm>
@@ -15,6 +15,8 @@
 
 namespace blocks {
 namespace {
+
+constexpr std::uint32_t blocks_for_lanes = 512;
 
 void store_half(std::uint64_t half, std::uint8_t* out) {
     for (int i = 0; i < 8; ++i) {
@@ -101,28 +103,30 @@ std::optional<std::size_t> checked_row_bytes(FORMAT format, VIEW const& image, s
     return bytes && *bytes <= out_bytes ? row_bytes : std::nullopt;
 }
 
-void encode_row(FORMAT format, RGBA8_VIEW const& image, ENCODE_OPTIONS const& options, std::uint32_t block_row,
-                std::uint8_t* out) {
+void encode_part(FORMAT format, RGBA8_VIEW const& image, ENCODE_OPTIONS const& options, std::uint32_t first_block_row,
+                 std::uint32_t block_row_count, std::uint8_t* out) {
     if (format == FORMAT::bc7) {
-        return encode_bc7_rows(image, options, block_row, 1, out);
+        return encode_bc7_rows(image, options, first_block_row, block_row_count, out);
     }
     if (is_half_float(format)) {
-        return encode_bc6h_rows(image, format == FORMAT::bc6h_sf16, options, block_row, 1, out);
+        return encode_bc6h_rows(image, format == FORMAT::bc6h_sf16, options, first_block_row, block_row_count, out);
     }
     std::uint32_t const columns = blocks_across(image.width);
     BLOCK_BATCH batch;
-    for (std::uint32_t column = 0; column < columns;) {
-        std::uint32_t const count = std::min(batch_blocks, columns - column);
-        gather_batch(image, column, block_row, count, batch);
-        encode_batch(format, batch, options, count, out);
-        out += count * bytes_per_block(format);
-        column += count;
+    for (std::uint32_t row = 0; row < block_row_count; ++row) {
+        for (std::uint32_t column = 0; column < columns;) {
+            std::uint32_t const count = std::min(batch_blocks, columns - column);
+            gather_batch(image, column, first_block_row + row, count, batch);
+            encode_batch(format, batch, options, count, out);
+            out += count * bytes_per_block(format);
+            column += count;
+        }
     }
 }
 
-void encode_row(FORMAT format, RGBA16F_VIEW const& image, ENCODE_OPTIONS const& options, std::uint32_t block_row,
-                std::uint8_t* out) {
-    encode_bc6h_rows(image, format == FORMAT::bc6h_sf16, options, block_row, 1, out);
+void encode_part(FORMAT format, RGBA16F_VIEW const& image, ENCODE_OPTIONS const& options, std::uint32_t first_block_row,
+                 std::uint32_t block_row_count, std::uint8_t* out) {
+    encode_bc6h_rows(image, format == FORMAT::bc6h_sf16, options, first_block_row, block_row_count, out);
 }
 
 template <typename VIEW>
@@ -132,9 +136,15 @@ bool encode_checked(FORMAT format, VIEW const& image, ENCODE_OPTIONS const& opti
     if (!row_bytes || threads < 1) {
         return false;
     }
+    // Searches that fill their lanes with the blocks of several rows waste fewer of them, but every thread wants its
+    // share.
+    std::uint32_t const rows_for_lanes = std::max(1u, blocks_for_lanes / blocks_across(image.width));
+    std::uint32_t const rows_for_threads = block_row_count / (4 * static_cast<std::uint32_t>(threads));
+    std::uint32_t const rows = threads > 1 ? std::clamp(rows_for_threads, 1u, rows_for_lanes) : rows_for_lanes;
 #pragma omp parallel for num_threads(threads) schedule(dynamic) if (threads > 1)
-    for (std::uint32_t row = 0; row < block_row_count; ++row) {
-        encode_row(format, image, options, first_block_row + row, out.data() + row * *row_bytes);
+    for (std::uint32_t row = 0; row < block_row_count; row += rows) {
+        encode_part(format, image, options, first_block_row + row, std::min(rows, block_row_count - row),
+                    out.data() + row * *row_bytes);
     }
     return true;
 }

@@ -59,7 +59,7 @@ HWY_INLINE ENDPOINTS single_colour(COLOUR_BLOCKS const& blocks, SINGLE_COLOUR_TA
         HWY_ALIGN std::int32_t values[batch_blocks];
         HWY_ALIGN float first[batch_blocks];
         HWY_ALIGN float second[batch_blocks];
-        hn::Store(hn::ConvertTo(DI(), round(blocks.mean[c])), DI(), values);
+        hn::Store(hn::ConvertTo(DI(), round_to_nearest(blocks.mean[c])), DI(), values);
         GRID_PAIR const(&pairs)[256] = c == 1 ? table.six_bits : table.five_bits;
         for (std::size_t lane = 0; lane < hn::Lanes(D()); ++lane) {
             first[lane] = pairs[values[lane]].first;
@@ -86,6 +86,13 @@ HWY_INLINE void try_clusters(COLOUR_BLOCKS const& blocks, PREFIX_SUMS const& sum
     refine_by_least_squares<false>(blocks, effort == EFFORT::best ? 4 : 1, best);
 }
 
+/// The direction of a fit in texel space.
+HWY_INLINE void direction_of(COLOUR_FIT const& fit, V (&axis)[3]) {
+    for (int c = 0; c < 3; ++c) {
+        axis[c] = hn::Mul(hn::Sub(fit.endpoints.second[c], fit.endpoints.first[c]), set(grid_top[1] / grid_top[c]));
+    }
+}
+
 /// The best palette of `steps` + 1 colours. `sums` are those of the texels in the order of `axis`; fast goes without.
 template <int steps>
 HWY_INLINE COLOUR_FIT fit_palette(COLOUR_BLOCKS const& blocks, V const (&axis)[3], PREFIX_SUMS const* sums,
@@ -100,17 +107,23 @@ HWY_INLINE COLOUR_FIT fit_palette(COLOUR_BLOCKS const& blocks, V const (&axis)[3
     if (effort == EFFORT::best) {
         // The texels may be in another order along the line that was found than along the principal axis.
         V found_axis[3];
-        for (int c = 0; c < 3; ++c) {
-            found_axis[c] = hn::Sub(best.endpoints.second[c], best.endpoints.first[c]);
-            if (grid_top[c] < grid_top[1]) {
-                found_axis[c] = hn::Add(found_axis[c], found_axis[c]);
-            }
-        }
+        direction_of(best, found_axis);
         PREFIX_SUMS found_sums;
         sum_prefixes(blocks, found_axis, found_sums);
         try_clusters<steps>(blocks, found_sums, effort, best);
     }
     return best;
+}
+
+/// The last search, over the neighbourhood of what the others have found.
+template <bool with_alpha>
+HWY_INLINE void refine_in_the_end(COLOUR_BLOCKS const& blocks, EFFORT effort, COLOUR_FIT& best) {
+    if (effort != EFFORT::fast) {
+        refine_by_neighbours<with_alpha, false>(blocks, 2, best);
+    }
+    if (effort == EFFORT::best) {
+        refine_by_neighbours<with_alpha, true>(blocks, 8, best);
+    }
 }
 
 HWY_INLINE COLOUR_FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3], BC1_SETTINGS const& settings) {
@@ -121,18 +134,26 @@ HWY_INLINE COLOUR_FIT fit_opaque(COLOUR_BLOCKS const& blocks, V const (&axis)[3]
     PREFIX_SUMS sums;
     sum_prefixes(blocks, axis, sums);
     COLOUR_FIT best = fit_palette<3>(blocks, axis, &sums, effort);
+    if (effort == EFFORT::best) {
+        refine_in_the_end<false>(blocks, effort, best);
+    }
     if (settings.may_have_three_colours) {
-        COLOUR_FIT const three = fit_palette<2>(blocks, axis, &sums, effort);
+        COLOUR_FIT three = fit_palette<2>(blocks, axis, &sums, effort);
+        if (effort == EFFORT::best) {
+            refine_in_the_end<false>(blocks, effort, three);
+        }
         M const better = hn::Lt(three.error, best.error);
         keep_better(better, three.endpoints, three.error, best);
         best.steps.count = hn::IfThenElse(better, three.steps.count, best.steps.count);
         best.steps.reciprocal = hn::IfThenElse(better, three.steps.reciprocal, best.steps.reciprocal);
     }
-    refine_by_neighbours<false>(blocks, effort == EFFORT::best ? 4 : 1, best);
+    if (effort == EFFORT::normal) {
+        refine_in_the_end<false>(blocks, effort, best);
+    }
     return best;
 }
 
-/// Blocks with transparent texels have three colours, and too few lanes have such blocks for cluster fit to pay.
+/// Blocks with transparent texels have three colours.
 HWY_INLINE COLOUR_FIT fit_transparent(COLOUR_BLOCKS const& blocks, V const (&axis)[3], EFFORT effort) {
     COLOUR_FIT best = no_fit(2);
     try_single_colour<true>(blocks, single_colour_of_three, best);
@@ -145,9 +166,19 @@ HWY_INLINE COLOUR_FIT fit_transparent(COLOUR_BLOCKS const& blocks, V const (&axi
             break;
         }
     }
-    if (effort != EFFORT::fast) {
-        refine_by_neighbours<true>(blocks, effort == EFFORT::best ? 8 : 1, best);
+    for (int round = 0; round < (effort == EFFORT::fast ? 0 : effort == EFFORT::normal ? 2 : 3); ++round) {
+        V order[3] = {axis[0], axis[1], axis[2]};
+        if (round > 0) {
+            direction_of(best, order);
+        }
+        PREFIX_SUMS sums;
+        sum_prefixes(blocks, order, sums);
+        ENDPOINTS candidate;
+        cluster_fit_opaque_part(blocks, sums, best, candidate);
+        try_endpoints<true>(blocks, candidate, best);
+        refine_by_least_squares<true>(blocks, 2, best);
     }
+    refine_in_the_end<true>(blocks, effort, best);
     return best;
 }
 

@@ -68,14 +68,14 @@ template <int channel>
 HWY_INLINE V widen(V grid) {
     constexpr float top = channel == 1 ? 4 : 8;
     constexpr float repeat = channel == 1 ? 1.0f / 16 : 1.0f / 4;
-    V const low = round(hn::Sub(hn::Mul(grid, set(repeat)), set(0.5f - repeat / 2)));
+    V const low = round_to_nearest(hn::Sub(hn::Mul(grid, set(repeat)), set(0.5f - repeat / 2)));
     return hn::Add(hn::Mul(grid, set(top)), low);
 }
 
 template <int channel>
 HWY_INLINE V to_grid(V value) {
     constexpr float top = channel == 1 ? 63 : 31;
-    return clamp(round(hn::Mul(value, set(top / 255))), set(0), set(top));
+    return clamp(round_to_nearest(hn::Mul(value, set(top / 255))), set(0), set(top));
 }
 
 HWY_INLINE void round_to_grid(COLOUR_BLOCKS const& blocks, V const (&first)[3], V const (&second)[3],
@@ -121,7 +121,7 @@ HWY_INLINE LINE line_between(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpo
 HWY_INLINE V index_on(LINE const& line, STEPS const& steps, V const (&texel)[3]) {
     V const projection = hn::Add(hn::Add(hn::Mul(texel[0], line.axis[0]), hn::Mul(texel[1], line.axis[1])),
                                  hn::Mul(texel[2], line.axis[2]));
-    return clamp(round(hn::Sub(projection, line.offset)), set(0), steps.count);
+    return clamp(round_to_nearest(hn::Sub(projection, line.offset)), set(0), steps.count);
 }
 
 /// The error of a block with these endpoints and the best indices, and the sums for those indices. Out of line: it is
@@ -158,6 +158,42 @@ HWY_NOINLINE V evaluate(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints,
         V const quadratic = hn::Mul(direction, sums.weight_squared);
         V const channel = hn::Add(constant, hn::Mul(direction, hn::Add(linear, quadratic)));
         error = hn::Add(error, hn::Mul(channel, set(blocks.channel_weight[c])));
+    }
+    return error;
+}
+
+/// One channel's share of the exact error, for palettes that are rounded to whole numbers, halves up.
+template <int channel>
+HWY_INLINE V rounded_difference(COLOUR_BLOCKS const& blocks, LINE const& line, V step, V index, int texel) {
+    V const start = hn::Add(line.start[channel], blocks.mean[channel]);
+    V const value = hn::Floor(hn::Add(hn::Add(start, hn::Mul(step, index)), set(0.5f + 0x1p-10f)));
+    return hn::Sub(hn::Sub(value, blocks.mean[channel]), blocks.texels[texel][channel]);
+}
+
+/// The same error as `evaluate` gives, but for the palette as most decoders round it.
+template <bool with_alpha>
+HWY_NOINLINE V evaluate_rounded(COLOUR_BLOCKS const& blocks, ENDPOINTS const& endpoints, STEPS const& steps) {
+    LINE const line = line_between(blocks, endpoints, steps);
+    V step[3], sum[3];
+    for (int c = 0; c < 3; ++c) {
+        step[c] = hn::Mul(line.direction[c], steps.reciprocal);
+        sum[c] = set(0);
+    }
+    for (int i = 0; i < 16; ++i) {
+        V const index = index_on(line, steps, blocks.texels[i]);
+        V difference[3] = {rounded_difference<0>(blocks, line, step[0], index, i),
+                           rounded_difference<1>(blocks, line, step[1], index, i),
+                           rounded_difference<2>(blocks, line, step[2], index, i)};
+        for (int c = 0; c < 3; ++c) {
+            if constexpr (with_alpha) {
+                difference[c] = hn::Mul(difference[c], blocks.opaque[i]);
+            }
+            sum[c] = hn::Add(sum[c], square(difference[c]));
+        }
+    }
+    V error = set(0);
+    for (int c = 0; c < 3; ++c) {
+        error = hn::Add(error, hn::Mul(sum[c], set(blocks.channel_weight[c])));
     }
     return error;
 }

@@ -34,11 +34,13 @@ struct PREFIX_SUMS {
     V of[17][3];
 };
 
+/// Transparent texels, which are zero, come last.
 HWY_NOINLINE void sum_prefixes(COLOUR_BLOCKS const& blocks, V const (&axis)[3], PREFIX_SUMS& sums) {
     V positions[16];
     V texels[16][3];
     for (int i = 0; i < 16; ++i) {
-        positions[i] = along_axis(blocks, blocks.texels[i], axis);
+        V const behind = hn::Mul(hn::Sub(set(1), blocks.opaque[i]), set(1e30f));
+        positions[i] = hn::Add(along_axis(blocks, blocks.texels[i], axis), behind);
         for (int c = 0; c < 3; ++c) {
             texels[i][c] = blocks.texels[i][c];
         }
@@ -66,22 +68,62 @@ HWY_NOINLINE void sum_prefixes(COLOUR_BLOCKS const& blocks, V const (&axis)[3], 
     }
 }
 
+/// The constants of a cut that the endpoints and their error follow from; see BC1_CUT.
+struct CUT_CONSTANTS {
+    V first_scale;
+    V second_scale;
+    V first_squared;
+    V twice_cross;
+    V second_squared;
+    V twice_sum_scale;
+};
+
+HWY_INLINE CUT_CONSTANTS same_for_all(BC1_CUT const& cut) {
+    return {set(cut.first_scale), set(cut.second_scale),   set(cut.first_squared),
+            set(cut.twice_cross), set(cut.second_squared), set(cut.twice_sum_scale)};
+}
+
 /// One channel of a cut: rounds both endpoints to the grid and returns the error less the spread. The exact widening of
 /// grid values is left to the evaluation of the winner; here c / top is near enough.
 template <int channel>
-HWY_INLINE V cut_error(COLOUR_BLOCKS const& blocks, BC1_CUT const& cut, V sum, V& grid_first, V& grid_second) {
+HWY_INLINE V cut_error(COLOUR_BLOCKS const& blocks, CUT_CONSTANTS const& cut, V sum, V& grid_first, V& grid_second) {
     constexpr float top = channel == 1 ? 63 : 31;
     V const mean = blocks.mean[channel];
     V const grid_mean = hn::Mul(mean, set(top / 255));
-    grid_first = clamp(round(hn::Add(hn::Mul(sum, set(cut.first_scale * (top / 255))), grid_mean)), set(0), set(top));
-    grid_second = clamp(round(hn::Add(hn::Mul(sum, set(cut.second_scale * (top / 255))), grid_mean)), set(0), set(top));
+    V const grid_sum = hn::Mul(sum, set(top / 255));
+    grid_first = clamp(round_to_nearest(hn::Add(hn::Mul(grid_sum, cut.first_scale), grid_mean)), set(0), set(top));
+    grid_second = clamp(round_to_nearest(hn::Add(hn::Mul(grid_sum, cut.second_scale), grid_mean)), set(0), set(top));
     V const first = hn::Sub(hn::Mul(grid_first, set(255 / top)), mean);
     V const second = hn::Sub(hn::Mul(grid_second, set(255 / top)), mean);
-    V const twice_texels = hn::Mul(sum, set(cut.twice_sum_scale));
+    V const twice_texels = hn::Mul(sum, cut.twice_sum_scale);
     V const first_part =
-        hn::Sub(hn::Add(hn::Mul(first, set(cut.first_squared)), hn::Mul(second, set(cut.twice_cross))), twice_texels);
-    V const second_part = hn::Add(hn::Mul(second, set(cut.second_squared)), twice_texels);
+        hn::Sub(hn::Add(hn::Mul(first, cut.first_squared), hn::Mul(second, cut.twice_cross)), twice_texels);
+    V const second_part = hn::Add(hn::Mul(second, cut.second_squared), twice_texels);
     return hn::Add(hn::Mul(first, first_part), hn::Mul(second, second_part));
+}
+
+HWY_INLINE V weighted_square(COLOUR_BLOCKS const& blocks, V const (&colour)[3]) {
+    return hn::Add(hn::Add(hn::Mul(square(colour[0]), set(blocks.channel_weight[0])),
+                           hn::Mul(square(colour[1]), set(blocks.channel_weight[1]))),
+                   hn::Mul(square(colour[2]), set(blocks.channel_weight[2])));
+}
+
+/// Rounds the endpoints of a cut and takes them over where they are `promising` and better than what was found.
+HWY_INLINE void try_cut(COLOUR_BLOCKS const& blocks, CUT_CONSTANTS const& cut, V const (&sum)[3], M promising,
+                        V& found_error, ENDPOINTS& found) {
+    ENDPOINTS candidate;
+    V const red = cut_error<0>(blocks, cut, sum[0], candidate.first[0], candidate.second[0]);
+    V const green = cut_error<1>(blocks, cut, sum[1], candidate.first[1], candidate.second[1]);
+    V const blue = cut_error<2>(blocks, cut, sum[2], candidate.first[2], candidate.second[2]);
+    V const error =
+        hn::Add(hn::Add(hn::Mul(red, set(blocks.channel_weight[0])), hn::Mul(green, set(blocks.channel_weight[1]))),
+                hn::Mul(blue, set(blocks.channel_weight[2])));
+    M const better = hn::And(promising, hn::Lt(error, found_error));
+    found_error = hn::IfThenElse(better, error, found_error);
+    for (int c = 0; c < 3; ++c) {
+        found.first[c] = hn::IfThenElse(better, candidate.first[c], found.first[c]);
+        found.second[c] = hn::IfThenElse(better, candidate.second[c], found.second[c]);
+    }
 }
 
 /// Tries the cuts on the sorted texels. `found` becomes the endpoints of the best one, or those of `best` where no cut
@@ -91,9 +133,6 @@ HWY_NOINLINE void cluster_fit(COLOUR_BLOCKS const& blocks, PREFIX_SUMS const& su
                               COLOUR_FIT const& best, ENDPOINTS& found) {
     found = best.endpoints;
     V found_error = hn::Sub(best.error, blocks.spread);
-    V const red_weight = set(blocks.channel_weight[0]);
-    V const green_weight = set(blocks.channel_weight[1]);
-    V const blue_weight = set(blocks.channel_weight[2]);
     for (BC1_CUT const& cut : cuts) {
         V sum[3];
         for (int c = 0; c < 3; ++c) {
@@ -102,24 +141,49 @@ HWY_NOINLINE void cluster_fit(COLOUR_BLOCKS const& blocks, PREFIX_SUMS const& su
                 sum[c] = hn::Add(sum[c], sums.of[cut.at[2]][c]);
             }
         }
-        V const length_squared =
-            hn::Add(hn::Add(hn::Mul(square(sum[0]), red_weight), hn::Mul(square(sum[1]), green_weight)),
-                    hn::Mul(square(sum[2]), blue_weight));
-        M const promising = hn::Lt(hn::Mul(length_squared, set(cut.unrounded_error_scale)), found_error);
-        if (hn::AllFalse(D(), promising)) {
-            continue;
+        V const unrounded = hn::Mul(weighted_square(blocks, sum), set(cut.unrounded_error_scale));
+        M const promising = hn::Lt(unrounded, found_error);
+        if (!hn::AllFalse(D(), promising)) {
+            try_cut(blocks, same_for_all(cut), sum, promising, found_error, found);
         }
-        ENDPOINTS candidate;
-        V const red = cut_error<0>(blocks, cut, sum[0], candidate.first[0], candidate.second[0]);
-        V const green = cut_error<1>(blocks, cut, sum[1], candidate.first[1], candidate.second[1]);
-        V const blue = cut_error<2>(blocks, cut, sum[2], candidate.first[2], candidate.second[2]);
-        V const error =
-            hn::Add(hn::Add(hn::Mul(red, red_weight), hn::Mul(green, green_weight)), hn::Mul(blue, blue_weight));
-        M const better = hn::And(promising, hn::Lt(error, found_error));
-        found_error = hn::IfThenElse(better, error, found_error);
-        for (int c = 0; c < 3; ++c) {
-            found.first[c] = hn::IfThenElse(better, candidate.first[c], found.first[c]);
-            found.second[c] = hn::IfThenElse(better, candidate.second[c], found.second[c]);
+    }
+}
+
+/// The same for three colours where some texels are transparent. These are sorted last, and all cuts that lie among the
+/// opaque ones are tried; as the number of those differs from block to block, so do the constants.
+HWY_NOINLINE void cluster_fit_opaque_part(COLOUR_BLOCKS const& blocks, PREFIX_SUMS const& sums, COLOUR_FIT const& best,
+                                          ENDPOINTS& found) {
+    found = best.endpoints;
+    V found_error = hn::Sub(best.error, blocks.spread);
+    for (int i = 0; i <= 16; ++i) {
+        for (int j = i; j <= 16; ++j) {
+            float const first = static_cast<float>(i);
+            float const between = static_cast<float>(j - i);
+            V const second = hn::Sub(blocks.opaque_count, set(first + between));
+            float const first_squared = first + between / 4;
+            float const cross = between / 4;
+            V const second_squared = hn::Add(second, set(between / 4));
+            V const determinant = hn::Sub(hn::Mul(set(first_squared), second_squared), set(cross * cross));
+            V const inverse = hn::Div(set(1), hn::Max(determinant, set(0.1f)));
+            V sum[3];
+            for (int c = 0; c < 3; ++c) {
+                sum[c] = hn::Add(sums.of[i][c], sums.of[j][c]);
+            }
+            V const unrounded =
+                hn::Mul(hn::Mul(weighted_square(blocks, sum), set(-0.25f)), hn::Mul(blocks.opaque_count, inverse));
+            M const possible = hn::And(hn::Ge(second, set(0)), hn::Gt(determinant, set(0.1f)));
+            M const promising = hn::And(possible, hn::Lt(unrounded, found_error));
+            if (hn::AllFalse(D(), promising)) {
+                continue;
+            }
+            V const half = hn::Mul(inverse, set(0.5f));
+            CUT_CONSTANTS const cut = {hn::Mul(hn::Add(second_squared, set(cross)), half),
+                                       hn::Mul(set(-first_squared - cross), half),
+                                       set(first_squared),
+                                       set(2 * cross),
+                                       second_squared,
+                                       set(1)};
+            try_cut(blocks, cut, sum, promising, found_error, found);
         }
     }
 }

@@ -31,8 +31,8 @@ HWY_INLINE void round_channel(COLOUR_BLOCKS const& blocks, INDEX_SUMS const& sum
     V const twice_cross = hn::Add(cross, cross);
 
     V firsts[2], seconds[2], first_values[2], second_values[2], first_errors[2], second_errors[2];
-    firsts[0] = round(hn::Sub(hn::Mul(hn::Add(first, mean), scale), set(0.5f)));
-    seconds[0] = round(hn::Sub(hn::Mul(hn::Add(second, mean), scale), set(0.5f)));
+    firsts[0] = round_to_nearest(hn::Sub(hn::Mul(hn::Add(first, mean), scale), set(0.5f)));
+    seconds[0] = round_to_nearest(hn::Sub(hn::Mul(hn::Add(second, mean), scale), set(0.5f)));
     firsts[1] = hn::Add(firsts[0], set(1));
     seconds[1] = hn::Add(seconds[0], set(1));
     for (int i = 0; i < 2; ++i) {
@@ -99,18 +99,27 @@ HWY_NOINLINE void refine_by_least_squares(COLOUR_BLOCKS const& blocks, int round
     }
 }
 
-/// At most `rounds` times: every endpoint channel one up and one down, each change kept where it helps. A round that
-/// did not help a block would not help it a second time, so going on for the sake of others changes nothing.
-template <bool with_alpha>
+/// At most `rounds` times: in every channel one endpoint or both up or down by one, each change kept where
+/// it helps. A round that did not help a block would not help it a second time, so going on for the sake of others
+/// changes nothing. `rounded`: errors are those of a palette that is rounded to whole numbers.
+template <bool with_alpha, bool rounded>
 HWY_NOINLINE void refine_by_neighbours(COLOUR_BLOCKS const& blocks, int rounds, COLOUR_FIT& best) {
+    constexpr float moves[8][2] = {{-1, 0}, {1, 0}, {0, -1}, {0, 1}, {-1, 1}, {1, -1}, {1, 1}, {-1, -1}};
+    if constexpr (rounded) {
+        best.error = evaluate_rounded<with_alpha>(blocks, best.endpoints, best.steps);
+    }
     for (int round = 0; round < rounds; ++round) {
         V const before = best.error;
-        for (int endpoint = 0; endpoint < 2; ++endpoint) {
-            for (int c = 0; c < 3; ++c) {
-                for (float const change : {-1.0f, 1.0f}) {
-                    ENDPOINTS candidate = best.endpoints;
-                    V& moved = endpoint == 0 ? candidate.first[c] : candidate.second[c];
-                    moved = clamp(hn::Add(moved, set(change)), set(0), set(grid_top[c]));
+        for (int c = 0; c < 3; ++c) {
+            for (auto const& move : moves) {
+                ENDPOINTS candidate = best.endpoints;
+                V const top = set(grid_top[c]);
+                candidate.first[c] = clamp(hn::Add(candidate.first[c], set(move[0])), set(0), top);
+                candidate.second[c] = clamp(hn::Add(candidate.second[c], set(move[1])), set(0), top);
+                if constexpr (rounded) {
+                    V const error = evaluate_rounded<with_alpha>(blocks, candidate, best.steps);
+                    keep_better(hn::Lt(error, best.error), candidate, error, best);
+                } else {
                     try_endpoints<with_alpha>(blocks, candidate, best);
                 }
             }

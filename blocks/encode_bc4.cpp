@@ -14,6 +14,8 @@ namespace HWY_NAMESPACE {
 HWY_INLINE void load_values(std::uint32_t const (&texels)[16][batch_blocks], std::size_t lane,
                             BC4_SETTINGS const& settings, VALUE_BLOCKS& blocks) {
     blocks.top = set(settings.is_signed ? 254 : 255);
+    blocks.unit = set(settings.is_signed ? 254.0f / 255 : 1);
+    blocks.inverse_unit = set(settings.is_signed ? 255.0f / 254 : 1);
     for (int i = 0; i < 16; ++i) {
         auto const packed = hn::Load(DU(), &texels[i][lane]);
         V value;
@@ -74,16 +76,18 @@ HWY_INLINE PACKED_INTERVAL pack(VALUE_BLOCKS const& blocks, INTERVAL const& inte
     return packed;
 }
 
-void encode_bc4_batch(BLOCK_BATCH const& batch, BC4_SETTINGS const& settings, std::uint64_t (&out)[batch_blocks]) {
+template <MEASURE measure>
+void search_batch(BLOCK_BATCH const& batch, BC4_SETTINGS const& settings, std::uint64_t (&out)[batch_blocks]) {
+    BC4_SEARCH const search = bc4_search(settings.effort);
     std::size_t const lanes = hn::Lanes(D());
     for (std::size_t lane = 0; lane < batch_blocks; lane += lanes) {
         VALUE_BLOCKS blocks;
         load_values(batch.texels, lane, settings, blocks);
-        INTERVAL_FIT const eight = search_interval<8>(blocks, settings.effort);
+        INTERVAL_FIT const eight = search_interval<8, measure>(blocks, search);
         PACKED_INTERVAL packed = pack<8>(blocks, eight.interval);
         // Where eight entries leave no error there is nothing to better.
         if (!hn::AllTrue(D(), hn::Eq(eight.error, set(0)))) {
-            INTERVAL_FIT const six = search_interval<6>(blocks, settings.effort);
+            INTERVAL_FIT const six = search_interval<6, measure>(blocks, search);
             PACKED_INTERVAL const packed_six = pack<6>(blocks, six.interval);
             auto const better = hn::RebindMask(DI(), hn::Lt(six.error, eight.error));
             packed.first = hn::IfThenElse(better, packed_six.first, packed.first);
@@ -105,6 +109,12 @@ void encode_bc4_batch(BLOCK_BATCH const& batch, BC4_SETTINGS const& settings, st
                             static_cast<std::uint64_t>(stored[3][i]) << 40;
         }
     }
+}
+
+void encode_bc4_batch(BLOCK_BATCH const& batch, BC4_SETTINGS const& settings, std::uint64_t (&out)[batch_blocks]) {
+    auto const encode =
+        settings.effort == EFFORT::fast ? &search_batch<MEASURE::fractions> : &search_batch<MEASURE::both>;
+    encode(batch, settings, out);
 }
 
 }  // namespace HWY_NAMESPACE

@@ -21,7 +21,14 @@ struct VALUE_BLOCKS {
     /// 0 … `top`. Signed blocks are shifted upwards to 0 … 254, so one search serves both kinds.
     V values[16];
     V top;
+    /// What one step of an 8-bit texel comes to, and its reciprocal.
+    V unit;
+    V inverse_unit;
 };
+
+/// Decoders either keep the fractions of the values between the endpoints or round to 8 bits. `both` adds up the errors
+/// of the two; what is best for that is nearly the best for either.
+enum class MEASURE : std::uint8_t { fractions, both };
 
 /// The ends of the evenly spaced values: integers, low ≤ high.
 struct INTERVAL {
@@ -57,20 +64,33 @@ HWY_INLINE V steps_per_value(INTERVAL const& interval) {
 template <int entries>
 HWY_INLINE V index_in(INTERVAL const& interval, V scale, V value) {
     V const position = hn::Mul(hn::Sub(value, interval.low), scale);
-    return clamp(round(position), set(0), set(interval_steps<entries>));
+    return clamp(round_to_nearest(position), set(0), set(interval_steps<entries>));
 }
 
 /// The error with the best indices. `entries` is 8 or 6.
-template <int entries>
+template <int entries, MEASURE measure>
 HWY_INLINE V interval_error(VALUE_BLOCKS const& blocks, INTERVAL const& interval) {
     V const scale = steps_per_value<entries>(interval);
     V const step = hn::Mul(hn::Sub(interval.high, interval.low), set(1.0f / interval_steps<entries>));
     V error = set(0);
     for (V const value : blocks.values) {
         V const offset = hn::Mul(index_in<entries>(interval, scale, value), step);
-        V difference = hn::Abs(hn::Sub(hn::Sub(value, interval.low), offset));
+        V const entry = hn::Add(interval.low, offset);
+        V difference = hn::Abs(hn::Sub(value, entry));
+        V to_end = set(0);
         if constexpr (entries == 6) {
-            difference = hn::Min(difference, hn::Min(value, hn::Sub(blocks.top, value)));
+            to_end = hn::Min(value, hn::Sub(blocks.top, value));
+        }
+        if constexpr (measure == MEASURE::both) {
+            V const rounded = hn::Mul(round_to_nearest(hn::Mul(entry, blocks.inverse_unit)), blocks.unit);
+            V rounded_difference = hn::Abs(hn::Sub(value, rounded));
+            if constexpr (entries == 6) {
+                rounded_difference = hn::IfThenElse(hn::Le(to_end, difference), to_end, rounded_difference);
+            }
+            error = hn::Add(error, square(rounded_difference));
+        }
+        if constexpr (entries == 6) {
+            difference = hn::Min(difference, to_end);
         }
         error = hn::Add(error, square(difference));
     }
@@ -103,9 +123,9 @@ HWY_INLINE INTERVAL_SUMS interval_sums(VALUE_BLOCKS const& blocks, INTERVAL cons
     return sums;
 }
 
-template <int entries>
+template <int entries, MEASURE measure>
 HWY_INLINE void try_interval(VALUE_BLOCKS const& blocks, INTERVAL const& candidate, INTERVAL_FIT& best) {
-    V const error = interval_error<entries>(blocks, candidate);
+    V const error = interval_error<entries, measure>(blocks, candidate);
     M const better = hn::And(hn::Lt(error, best.error), hn::Le(candidate.low, candidate.high));
     best.interval.low = hn::IfThenElse(better, candidate.low, best.interval.low);
     best.interval.high = hn::IfThenElse(better, candidate.high, best.interval.high);

@@ -280,9 +280,11 @@ struct ERROR_FORM {
     }
 };
 
-/// Endpoints of least squared error for fixed indices. Lanes whose texels all have one weight keep what they have.
+/// Endpoints of least squared error for fixed indices, and in `explained` how much less than the scatter that error is.
+/// Texels that all have one weight get their mean.
 template <std::size_t C>
-HWY_INLINE ERROR_FORM solve_least_squares(MOMENTS<C> const& m, WEIGHT_SUMS<C> const& s, ENDS<C>& ends) {
+HWY_INLINE ERROR_FORM solve_least_squares(SUBJECT<C> const& subject, MOMENTS<C> const& m, WEIGHT_SUMS<C> const& s,
+                                          ENDS<C>& ends, V& explained) {
     V const unit = set(1.0f / 64.0f);
     V const w = hn::Mul(s.w, unit);
     ERROR_FORM form;
@@ -291,15 +293,20 @@ HWY_INLINE ERROR_FORM solve_least_squares(MOMENTS<C> const& m, WEIGHT_SUMS<C> co
     form.aa = hn::Sub(hn::Sub(m.count, w), form.ab);
     V const determinant = hn::Sub(hn::Mul(form.aa, form.bb), square(form.ab));
     M const sound = hn::Gt(determinant, set(1e-3f));
-    V const inverse = hn::Div(set(1.0f), hn::IfThenElse(sound, determinant, set(1.0f)));
+    V const inverse = hn::IfThenElseZero(sound, hn::Div(set(1.0f), hn::Max(determinant, set(1e-3f))));
+    V const inverse_count = hn::Div(set(1.0f), hn::Max(m.count, set(1e-6f)));
+    V const back = hn::Mul(w, inverse);
+    V const ahead = hn::Mul(hn::Sub(m.count, w), inverse);
+    explained = zero();
     for (std::size_t i = 0; i < C; ++i) {
-        V const bc = hn::Mul(s.wc[i], unit);
-        V const ac = hn::Sub(m.sum[i], bc);
-        V const a = hn::Mul(hn::Sub(hn::Mul(form.bb, ac), hn::Mul(form.ab, bc)), inverse);
-        V const b = hn::Mul(hn::Sub(hn::Mul(form.aa, bc), hn::Mul(form.ab, ac)), inverse);
-        ends.a[i] = hn::IfThenElse(sound, a, ends.a[i]);
-        ends.b[i] = hn::IfThenElse(sound, b, ends.b[i]);
+        // Relative to the mean, the first endpoint's share of the texels is minus the second's.
+        V const mean = hn::Mul(m.sum[i], inverse_count);
+        V const share = hn::Sub(hn::Mul(s.wc[i], unit), hn::Mul(w, mean));
+        ends.a[i] = hn::Sub(mean, hn::Mul(share, back));
+        ends.b[i] = hn::Add(mean, hn::Mul(share, ahead));
+        explained = hn::Add(explained, hn::Mul(square(share), subject.weight(i)));
     }
+    explained = hn::Mul(explained, hn::Mul(m.count, inverse));
     return form;
 }
 

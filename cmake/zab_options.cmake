@@ -2,6 +2,7 @@
 # its own elsewhere, except the vector code that needs its contraction off.
 option(ZAB_TESTS "Build the tests" ON)
 option(ZAB_BENCH "Build the benchmarks" OFF)
+option(ZAB_FUZZ "Build the fuzzers (Clang only)" OFF)
 option(ZAB_WERROR "Warnings are errors" ON)
 # On Windows its types are the system's own, and the library is to be had: there is no other way there.
 if(WIN32)
@@ -40,6 +41,13 @@ endif()
 if(ZAB_SANITIZE)
   add_compile_options(-fsanitize=${ZAB_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${ZAB_SANITIZE})
+endif()
+# Everything that a fuzzer links tells it which ways the input took.
+if(ZAB_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "ZAB_FUZZ takes Clang and its libFuzzer (Debian: clang, libclang-rt-14-dev)")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
 add_library(zab_warnings INTERFACE)

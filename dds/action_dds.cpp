@@ -46,6 +46,7 @@ QString ACTION_DDS::get_name(bool detailed) {
 bool ACTION_DDS::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const&, FILE_MAP const&) {
     receive_tool_data_messages(*this);
     QString const work_file = source.left(source.text().size() - 3) + QStringLiteral("dds");
+    announce_working_file(PHYSICAL_PATH(work_file));
     QFile::remove(work_file);
     TOOLDATABUILDER::TEXTURE_COMPRESSOR compressor{QE::UniString()};
     bool converted = compressor.process_tga(QE::UniString(), nullptr, wide(source), false, true, forbid_dxt1_);

@@ -1,5 +1,6 @@
 #include "dds/compress_with_nvtt.hpp"
 
+#include "platform/checked_size.hpp"
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/qe/fp_state.hpp"
 
@@ -9,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <new>
 #include <string>
 
 namespace {
@@ -71,6 +73,15 @@ bool process(nvtt::Compressor const& compressor, nvtt::InputOptions const& input
     return compressor.process(input, compression, output);
 }
 
+/// The library does not look whether it gets the memory that it asks for, and ends the program where it does not. It
+/// asks for up to this many bytes a texel of the largest level, so whether they can be had is tried first. Throws
+/// std::bad_alloc.
+void try_library_memory(IMAGE const& image) {
+    constexpr std::uint32_t bytes_per_texel = 36;
+    // Asked for by the function, since a compiler may leave out a `new` whose memory is not used.
+    ::operator delete(::operator new(checked_size::memory_size(bytes_per_texel, image.width(), image.height())));
+}
+
 void set_mip_data(nvtt::InputOptions& input, IMAGE const& image, std::uint32_t source_level, int level) {
     input.setMipmapData(image.level(source_level).data(), static_cast<int>(image.level_width(source_level)),
                         static_cast<int>(image.level_height(source_level)), 1, 0, level);
@@ -90,6 +101,7 @@ void set_mip_filter(nvtt::InputOptions& input, QString const& name) {
 
 bool compress_with_nvtt(OUTPUT_LINE_SINK& sink, PHYSICAL_PATH const& target, BACK_END_SETTINGS const& settings,
                         IMAGE const& image, std::vector<IMAGE> const& chain) {
+    try_library_memory(image);
     nvtt::InputOptions input;
     input.setTextureLayout(nvtt::TextureType_2D, static_cast<int>(image.width()), static_cast<int>(image.height()), 1);
     input.setMipmapGeneration(settings.mipmaps || !chain.empty(), -1);

@@ -1,20 +1,38 @@
 #include "dds/freeimage_bitmap.hpp"
 
-#include "platform/dds_container/dds_container.hpp"
+#include "platform/checked_size.hpp"
+#include "platform/image_loader/coded_file_bounds.hpp"
+#include "platform/image_loader/load_image_file.hpp"
 #include "platform/image_loader/quiet_tiff.hpp"
 #include "platform/qe/replace_file.hpp"
 
-#include <algorithm>
-#include <cstdint>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace {
 
-bool has_acceptable_sides(FIBITMAP* bitmap) {
-    std::uint64_t const width = FreeImage_GetWidth(bitmap);
-    std::uint64_t const height = FreeImage_GetHeight(bitmap);
-    return std::max(width, height) <= dds_container::largest_side &&
-           width * height <= dds_container::most_texels_per_surface;
+/// Whether memory may be taken for what the header announces: the sides are within the bounds, and a file of this
+/// length can hold the texels, as far as its kind lets that be known.
+bool is_acceptable(FIBITMAP* header, FREE_IMAGE_FORMAT format, QByteArray const& path) {
+    std::uint32_t const width = FreeImage_GetWidth(header);
+    std::uint32_t const height = FreeImage_GetHeight(header);
+    if (!checked_size::is_within_bounds(width, height))
+        return false;
+    using IMAGE_LOADER::IMAGE_FORMAT;
+    IMAGE_FORMAT const kind = format == FIF_PNG    ? IMAGE_FORMAT::png
+                              : format == FIF_JPEG ? IMAGE_FORMAT::jpg
+                              : format == FIF_TIFF ? IMAGE_FORMAT::tif
+                                                   : IMAGE_FORMAT::unknown;
+    std::string cause;
+    if (kind != IMAGE_FORMAT::unknown) {
+        auto const file = IMAGE_LOADER::read_whole_file(path.toStdString(), cause);
+        return file && IMAGE_LOADER::can_hold_texels(*file, kind, width, height);
+    }
+    // Two bytes of a run-length coded TGA make 128 texels at most.
+    std::error_code error;
+    return format != FIF_TARGA || checked_size::saturating_product(width, height) / 64 <=
+                                      std::filesystem::file_size(path.toStdString(), error);
 }
 
 }  // namespace
@@ -24,7 +42,7 @@ FREEIMAGE_BITMAP load_freeimage_bitmap(FREE_IMAGE_FORMAT format, QByteArray cons
         IMAGE_LOADER::keep_tiff_quiet();
     if (FreeImage_FIFSupportsNoPixels(format)) {
         FREEIMAGE_BITMAP const header(FreeImage_Load(format, path.constData(), FIF_LOAD_NOPIXELS));
-        if (!header || !has_acceptable_sides(header.get()))
+        if (!header || !is_acceptable(header.get(), format, path))
             return nullptr;
     }
     return FREEIMAGE_BITMAP(FreeImage_Load(format, path.constData(), 0));

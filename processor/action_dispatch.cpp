@@ -13,6 +13,8 @@
 #include "dds/action_dds.hpp"
 #include "dds/action_dds_n.hpp"
 #include "dds/action_freeimage.hpp"
+#include "fga/action_fga.hpp"
+#include "processor/action_texture_array.hpp"
 #include "processor/host/action_error.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
@@ -61,10 +63,14 @@ QVector<ACTION_INTERFACE*> ACTION_DISPATCH::create_actions() {
 
 void ACTION_DISPATCH::dispatch(FILE_MAP::ENTRY const& file) {
     QString const& text = file.key;
-    // A list of texture names is no image: neither conversions nor atlases concern it.
-    if (file.value == nullptr || ends_with(text, ".texture_array") || !is_image(text))
+    if (file.value == nullptr)
         return;
     PHYSICAL_PATH const& physical = file.value->physical_path;
+    // A list of texture names is no image: neither conversions nor atlases concern it.
+    if (ends_with(text, ".texture_array"))
+        result_.push_back(std::make_unique<ACTION_TEXTURE_ARRAY>(physical, processor_));
+    if (!is_image(text))
+        return;
     SOURCE source{file.key,
                   text,
                   physical,
@@ -126,7 +132,9 @@ void ACTION_DISPATCH::dispatch_conversion(SOURCE const& source) {
         return;
     }
 
-    // A plain ".tif" has no conversion to DDS; an ".fga" is no picture.
+    if (ends_with(text, ".fga"))
+        return add_conversion(std::make_unique<ACTION_FGA>(source.physical, processor_), source);
+    // A plain ".tif" has no conversion to DDS.
     if (!ends_with(text, ".tga") && !ends_with(text, ".dds") && !ends_with(text, ".png"))
         return;
     if (source.active_rule.value(QStringLiteral("ExportExtraAlphaBlendTexture")).toBool() && has_texture_rule)
@@ -195,6 +203,7 @@ void ACTION_DISPATCH::export_alpha_blend_pair(SOURCE const& source) {
 }
 
 void ACTION_DISPATCH::dispatch_atlas(SOURCE const& source) {
+    RULE_TOPIC const topic("atlas");
     RULE const rule = rules_.get(source.logical, QStringLiteral("Atlas"));
     if (!rule.exists())
         return;

@@ -4,15 +4,20 @@
 #include "host/framework/version_control.hpp"
 #include "processor/host/asset_graph.hpp"
 
+#include <array>
+
 QTSHARED::ASSET_GRAPH* ACTION_INTERFACE::s_asset_graph = nullptr;
 NR_XML_QUERY_INTERFACE* ACTION_INTERFACE::s_database = nullptr;
 
-ACTION_INTERFACE::ACTION_INTERFACE(PROCESSOR_INTERFACE& processor) : processor_(processor) {
+ACTION_INTERFACE::ACTION_INTERFACE(PROCESSOR_INTERFACE& processor)
+    : processor_(processor),
+      rule_topic_(RULE_TOPIC::current()) {
 }
 
 // A copy is the same work, not the same run: it starts without lines, registered files or progress, and nobody listens.
 ACTION_INTERFACE::ACTION_INTERFACE(ACTION_INTERFACE const& other)
     : processor_(other.processor_),
+      rule_topic_(other.rule_topic_),
       error_(other.error_),
       dependencies_(other.dependencies_),
       progress_max_(other.progress_max()) {
@@ -97,22 +102,44 @@ bool ACTION_INTERFACE::add_to_asset_graph_and_save(QTSHARED::ASSET_FRAGMENT_BUIL
         add_output_line(error);
         return false;
     }
+    s_asset_graph->set_written(builder.id());
     add_to_perforce(PHYSICAL_PATH(builder.id()), files, false, {});
     return !version_control_failed_;
 }
 
 QString ACTION_INTERFACE::asset_fragment_id(LOGICAL_PATH const& path, RULE_CACHE const&) {
-    if (s_asset_graph == nullptr || !s_asset_graph->has_texture(path))
+    bool const is_working_file = path.text().startsWith(QLatin1String("<working>/"));
+    if (s_asset_graph == nullptr || !is_working_file || !s_asset_graph->has_texture(path))
         return {};
     return path.section(QLatin1Char('/'), 1, -1);
 }
 
+// What is shipped with a target is decided where its sources lie. A target that no action makes, or whose source has no
+// say, is looked up as though it stood at its place in the raw folder.
 bool ACTION_INTERFACE::is_file_ever_released(LOGICAL_PATH const& path, RULE_CACHE const& rules, QString* expansion,
                                              bool) {
-    RULE const rule = rules.get(path, QStringLiteral("Expansion"));
-    if (expansion != nullptr)
-        *expansion = rule.value(QStringLiteral("Name")).toString();
-    QVariant const& released = rule.value(QStringLiteral("Released"));
+    QLatin1String const working("<working>/");
+    std::array<RULE, 2> found;
+    QString const name = QStringLiteral("Expansion");
+    if (path.text().startsWith(working)) {
+        QString const source = s_asset_graph != nullptr ? s_asset_graph->made_from(path) : QString();
+        if (!source.isEmpty())
+            found[0] = rules.get(LOGICAL_PATH(source), name);
+        found[1] = rules.get(LOGICAL_PATH(QStringLiteral("<raw>/") + path.text().mid(working.size())), name);
+    } else {
+        found[0] = rules.get(path, name);
+    }
+    auto const value = [&](QString const& property) {
+        QVariant const& first = found[0].value(property);
+        return first.isValid() ? first : found[1].value(property);
+    };
+    if (expansion != nullptr) {
+        // Expansions are told apart in what is shipped; any other build has everything in one place.
+        QString const retail = QStringLiteral("Retail");
+        bool const is_retail = rules.get_global(retail).value(retail).toBool();
+        *expansion = is_retail ? value(QStringLiteral("Name")).toString() : QString();
+    }
+    QVariant const released = value(QStringLiteral("Released"));
     return !released.isValid() || released.toBool();
 }
 
@@ -120,4 +147,9 @@ void ACTION_INTERFACE::add_output_line(QString const& line) {
     lines_.append(line);
     if (listener_)
         listener_(line);
+}
+
+void ACTION_INTERFACE::announce_working_file(PHYSICAL_PATH const& file) {
+    if (working_file_listener_)
+        working_file_listener_(file);
 }

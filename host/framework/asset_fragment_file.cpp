@@ -1,5 +1,6 @@
 #include "host/framework/asset_fragment_file.hpp"
 
+#include "host/framework/version_control.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QSaveFile>
@@ -39,6 +40,21 @@ bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, Q
     if (!file.commit()) {
         error = QStringLiteral("Failed to write '%1': %2").arg(builder.id(), file.errorString());
         return false;
+    }
+    return true;
+}
+
+bool save_added_fragments(QTSHARED::ASSET_GRAPH& graph, ACTION_INTERFACE& action, FILE_MAP const& files,
+                          QString& error) {
+    for (QTSHARED::ASSET_FRAGMENT_BUILDER const& builder : graph.take_unwritten()) {
+        PHYSICAL_PATH const path(builder.id());
+        if (auto const refusal = VERSION_CONTROL::current().prepare_write(path)) {
+            error = *refusal;
+            return false;
+        }
+        if (!save_asset_fragment_file(builder, error))
+            return false;
+        action.add_to_perforce(path, files, false, {});
     }
     return true;
 }

@@ -92,6 +92,11 @@ private:
 
         std::error_code failure;
         bool const is_link = entry.is_symlink(failure);
+        // The folder told what kind of file it is; `status` would ask the file itself.
+        if (!is_link && entry.is_regular_file(failure)) {
+            add_file(path, name, below);
+            return;
+        }
         fs::file_status const status = entry.status(failure);
         if (fs::is_directory(status)) {
             if (has_image_name(name))
@@ -101,15 +106,19 @@ private:
             else
                 walk_real_folder(entry.path(), path, bytes);
         } else if (fs::is_regular_file(status)) {
-            if (collects_rules_ && name == QLatin1String(rule_file_name))
-                files_.rule_files.push_back({root_ + u'/' + path, below});
-            else
-                found_.push_back(path);
+            add_file(path, name, below);
         } else if (status.type() == fs::file_type::not_found) {
             warn(path, QStringLiteral("a link that leads nowhere; left out"));
         } else if (failure) {
             warn(path, QStringLiteral("left out: ") + text(failure));
         }
+    }
+
+    void add_file(QString const& path, QString const& name, QString const& below) {
+        if (collects_rules_ && name == QLatin1String(rule_file_name))
+            files_.rule_files.push_back({root_ + u'/' + path, below});
+        else
+            found_.push_back(path);
     }
 
     void walk_real_folder(fs::path const& folder, QString const& path, std::string const& name) {
@@ -184,6 +193,20 @@ void scan_files(PROJECT const& project, SCANNED_FILES& files, DIAGNOSTICS& diagn
     }
     std::sort(files.rule_files.begin(), files.rule_files.end(),
               [](FOUND_RULE_FILE const& left, FOUND_RULE_FILE const& right) { return left.folder < right.folder; });
+}
+
+void scan_made_files(PROJECT const& project, SCANNED_FILES& files) {
+    if (QFileInfo(project.working).isDir()) {
+        DIAGNOSTICS told_before;
+        for (QString const& path : ROOT_WALK(project.working, false, files, told_before).walk()) {
+            LOGICAL_PATH const logical(QStringLiteral("<working>/") + path);
+            if (files.map.contains(logical))
+                continue;
+            files.entries.push_back({PHYSICAL_PATH(project.working + u'/' + path), {}});
+            files.map.insert(logical, &files.entries.back());
+        }
+    }
+    files.map.sort();
 }
 
 }  // namespace framework

@@ -30,4 +30,8 @@ struct SCANNED_FILES {
 /// is not there is empty.
 ZAB_SHARED_API void scan_files(PROJECT const& project, SCANNED_FILES& files, DIAGNOSTICS& diagnostics);
 
+/// Walks the working root once more, after actions have run, and adds what `files` does not know yet; the map is in its
+/// order again afterwards. What cannot be read is left out without a word: the first walk has told of it.
+ZAB_SHARED_API void scan_made_files(PROJECT const& project, SCANNED_FILES& files);
+
 }  // namespace framework

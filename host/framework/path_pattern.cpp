@@ -189,27 +189,41 @@ bool PATH_PATTERN::matches_section(SECTION const& section, QStringView name) {
     return section.literal ? QStringView(section.text) == name : matches_wildcards(section.text, name);
 }
 
-bool PATH_PATTERN::matches_from(std::size_t pattern, std::vector<QStringView> const& sections,
-                                std::size_t section) const {
-    if (pattern == sections_.size())
-        return section > 0 && (!folders_only_ || section < sections.size());
-    if (!sections_[pattern].any_sections) {
-        return section < sections.size() && matches_section(sections_[pattern], sections[section]) &&
-               matches_from(pattern + 1, sections, section + 1);
-    }
-    // At the end `**` means everything inside, so at least one section.
-    if (pattern + 1 == sections_.size())
-        return section + (folders_only_ ? 1 : 0) < sections.size();
-    if (sections_[pattern + 1].any_sections)
-        return matches_from(pattern + 1, sections, section);
-    for (std::size_t start = section; start < sections.size(); ++start)
-        if (matches_from(pattern + 1, sections, start))
-            return true;
-    return false;
+bool PATH_PATTERN::run_matches(std::size_t begin, std::size_t end, std::vector<QStringView> const& sections,
+                               std::size_t start) const {
+    if (end - begin > sections.size() - start)
+        return false;
+    for (std::size_t i = begin; i < end; ++i)
+        if (!matches_section(sections_[i], sections[start + i - begin]))
+            return false;
+    return true;
 }
 
+// What stands between two `**` is taken where it first fits: the rest of the pattern may begin anywhere behind it, and
+// nothing has to reach the path's end, so no later place could do better. Nothing is ever tried twice.
 bool PATH_PATTERN::matches(std::vector<QStringView> const& sections) const {
-    return matches_from(0, sections, 0);
+    std::size_t at = 0;
+    bool anywhere = false;
+    for (std::size_t begin = 0; begin < sections_.size();) {
+        if (sections_[begin].any_sections) {
+            anywhere = true;
+            ++begin;
+            continue;
+        }
+        std::size_t end = begin + 1;
+        while (end < sections_.size() && !sections_[end].any_sections)
+            ++end;
+        while (!run_matches(begin, end, sections, at)) {
+            if (!anywhere || at == sections.size())
+                return false;
+            ++at;
+        }
+        at += end - begin;
+        begin = end;
+        anywhere = false;
+    }
+    // At the end `**` means everything inside, so at least one section; a slash at the end asks for one more.
+    return at + (anywhere ? 1 : 0) + (folders_only_ ? 1 : 0) <= sections.size();
 }
 
 bool PATH_PATTERNS::takes_in() const {

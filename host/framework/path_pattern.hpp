@@ -39,7 +39,9 @@ private:
         bool any_sections = false;
     };
 
-    bool matches_from(std::size_t pattern, std::vector<QStringView> const& sections, std::size_t section) const;
+    /// Whether the pattern's sections from `begin` to before `end`, with no `**` among them, are those from `start` on.
+    bool run_matches(std::size_t begin, std::size_t end, std::vector<QStringView> const& sections,
+                     std::size_t start) const;
     static bool matches_section(SECTION const& section, QStringView name);
 
     std::vector<SECTION> sections_;

@@ -94,9 +94,8 @@ private:
         if (project_.globals.contains(folded)) {
             reporter_.error(key.source(), QStringLiteral("the global rule \"%1\" is set a second time; line %2 sets "
                                                          "\"%3\", and case does not count")
-                                              .arg(name)
-                                              .arg(project_.globals[folded].line)
-                                              .arg(project_.globals[folded].property));
+                                              .arg(name, QString::number(project_.globals[folded].line),
+                                                   project_.globals[folded].property));
             return;
         }
         project_.globals[folded] = {name, std::move(value), project_.file, static_cast<int>(key.source().begin.line),

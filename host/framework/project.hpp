@@ -25,7 +25,8 @@ struct PROJECT {
     QMap<QString, RULE_VALUES::VALUE> globals;
     /// XML files of the host's database tables by table name.
     QMap<QString, QString> tables;
-    bool image_database = true;
+    /// Whether a build ends with the image-information database.
+    bool image_database = false;
     /// "none", "git" or "perforce".
     QString version_control = QStringLiteral("none");
     /// The rules of the project file itself; they apply to the whole raw tree.

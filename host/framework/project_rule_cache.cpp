@@ -37,7 +37,7 @@ struct LAYERS {
     std::vector<SCOPED_TABLE> tables;
     bool has_patterns = false;
     // Which tables match (one bit for each) to the rule that they make.
-    std::map<std::vector<bool>, RULE> resolved;
+    std::map<std::vector<bool>, std::shared_ptr<RULE_VALUES const>> resolved;
 };
 
 struct SCOPE {
@@ -52,7 +52,7 @@ QStringView folder_of(QStringView path) {
     return {};
 }
 
-RULE resolve(LAYERS const& layers, std::vector<bool> const& matching) {
+std::shared_ptr<RULE_VALUES const> resolve(LAYERS const& layers, std::vector<bool> const& matching) {
     auto values = std::make_shared<RULE_VALUES>();
     bool exists = false;
     for (std::size_t i = 0; i < layers.tables.size(); ++i) {
@@ -62,7 +62,7 @@ RULE resolve(LAYERS const& layers, std::vector<bool> const& matching) {
         for (RULE_VALUES::VALUE const& value : layers.tables[i].table->values)
             values->set(value);
     }
-    return exists ? RULE(std::move(values)) : RULE();
+    return exists ? values : nullptr;
 }
 
 // Which tables match the path below the raw root.
@@ -89,7 +89,7 @@ std::vector<bool> match(LAYERS const& layers, QStringView path) {
 struct PROJECT_RULE_CACHE::STATE {
     std::vector<RULE_FILE> files;
     std::unordered_map<QString, SCOPE, TEXT_HASH, TEXT_EQUAL> scopes;
-    QMap<QString, RULE> globals;
+    QMap<QString, std::shared_ptr<RULE_VALUES const>> globals;
     // Guards every LAYERS::resolved; all else is settled by the constructor.
     mutable std::shared_mutex mutex;
 
@@ -105,6 +105,25 @@ struct PROJECT_RULE_CACHE::STATE {
             // The root itself always is a scope.
             folder = folder_of(folder);
         }
+    }
+
+    // Null when no table applies.
+    std::shared_ptr<RULE_VALUES const> values(QString const& path, QString const& rule_name) {
+        if (!path.startsWith(raw_token))
+            return nullptr;
+        QStringView const below = QStringView(path).mid(raw_token.size());
+        LAYERS* const layers = this->layers(below, rule_name);
+        if (!layers)
+            return nullptr;
+        std::vector<bool> const matching = match(*layers, below);
+        {
+            std::shared_lock const lock(mutex);
+            auto const found = layers->resolved.find(matching);
+            if (found != layers->resolved.end())
+                return found->second;
+        }
+        std::unique_lock const lock(mutex);
+        return layers->resolved.try_emplace(matching, resolve(*layers, matching)).first->second;
     }
 };
 
@@ -140,32 +159,18 @@ PROJECT_RULE_CACHE::PROJECT_RULE_CACHE(PROJECT const& project, std::vector<RULE_
     for (RULE_VALUES::VALUE const& value : project.globals) {
         auto values = std::make_shared<RULE_VALUES>();
         values->set(value);
-        state_->globals.insert(value.property.toCaseFolded(), RULE(std::move(values)));
+        state_->globals.insert(value.property.toCaseFolded(), std::move(values));
     }
 }
 
 PROJECT_RULE_CACHE::~PROJECT_RULE_CACHE() = default;
 
 RULE PROJECT_RULE_CACHE::get(LOGICAL_PATH const& path, QString const& rule_name) const {
-    if (!path.text().startsWith(raw_token))
-        return {};
-    QStringView const below = QStringView(path.text()).mid(raw_token.size());
-    LAYERS* const layers = state_->layers(below, rule_name);
-    if (!layers)
-        return {};
-    std::vector<bool> const matching = match(*layers, below);
-    {
-        std::shared_lock const lock(state_->mutex);
-        auto const found = layers->resolved.find(matching);
-        if (found != layers->resolved.end())
-            return found->second;
-    }
-    std::unique_lock const lock(state_->mutex);
-    return layers->resolved.try_emplace(matching, resolve(*layers, matching)).first->second;
+    return RULE(state_->values(path, rule_name), path.text(), rule_name);
 }
 
 RULE PROJECT_RULE_CACHE::get_global(QString const& rule_name) const {
-    return state_->globals.value(rule_name.toCaseFolded());
+    return RULE(state_->globals.value(rule_name.toCaseFolded()), {}, rule_name);
 }
 
 std::vector<QString> PROJECT_RULE_CACHE::rule_names() const {

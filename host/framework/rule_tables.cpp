@@ -78,9 +78,7 @@ std::optional<RULE_TABLE> read_rule_table(toml::table const& table, TOML_REPORTE
             reporter.error(key->source(),
                            QStringLiteral("the property \"%1\" is set a second time; line %2 sets \"%3\", "
                                           "and case does not count")
-                               .arg(property)
-                               .arg(other->line)
-                               .arg(other->property));
+                               .arg(property, QString::number(other->line), other->property));
             sound = false;
         } else {
             rule.values.push_back({property, std::move(value), reporter.path(), line, column});

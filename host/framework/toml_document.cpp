@@ -1,5 +1,7 @@
 #include "host/framework/toml_document.hpp"
 
+#include "host/framework/toml_key_depth.hpp"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -22,20 +24,30 @@ std::optional<toml::table> read_toml(QString const& path, DIAGNOSTICS& diagnosti
         diagnostics.push_back({DIAGNOSTIC::SEVERITY::error, path, 0, 0, text});
         return std::nullopt;
     };
-    if (QFileInfo(path).isDir())
+    QFileInfo const info(path);
+    if (info.isDir())
         return fail(QStringLiteral("is a folder, where a file is expected"));
+    // Pipes and devices have no end that could be waited for.
+    if (info.exists() && !info.isFile())
+        return fail(QStringLiteral("is no regular file"));
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return fail(QStringLiteral("cannot be read: ") + file.errorString());
-    QByteArray const bytes = file.read(largest_file + 1);
+    if (file.size() > largest_file)
+        return fail(QStringLiteral("is larger than 16 MiB"));
+    QByteArray const bytes = file.read(file.size());
     if (file.error() != QFileDevice::NoError)
         return fail(QStringLiteral("cannot be read: ") + file.errorString());
-    if (bytes.size() > largest_file)
-        return fail(QStringLiteral("is larger than 16 MiB"));
+    std::string_view const text(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    if (std::optional<std::size_t> const line = line_of_too_deep_key(text)) {
+        diagnostics.push_back({DIAGNOSTIC::SEVERITY::error, path, static_cast<int>(*line), 1,
+                               QStringLiteral("a key of more than %1 parts").arg(most_key_parts)});
+        return std::nullopt;
+    }
 
     // The library, as it is built, tells of mistakes by throwing.
     try {
-        return toml::parse(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+        return toml::parse(text);
     } catch (toml::parse_error const& error) {
         diagnostics.push_back({DIAGNOSTIC::SEVERITY::error, path, number(error.source().begin.line),
                                number(error.source().begin.column), to_qstring(error.description())});

@@ -4,6 +4,10 @@
 
 #include <QMutexLocker>
 
+#include <cerrno>
+
+#include <unistd.h>
+
 namespace framework {
 
 namespace {
@@ -15,11 +19,32 @@ QStringList with_file(QStringList arguments, PHYSICAL_PATH const& file) {
     return arguments;
 }
 
+class PROCESS_LOCK {
+public:
+    explicit PROCESS_LOCK(std::FILE* file) : descriptor_(file ? fileno(file) : -1) { set(F_LOCK); }
+    PROCESS_LOCK(PROCESS_LOCK const&) = delete;
+    PROCESS_LOCK& operator=(PROCESS_LOCK const&) = delete;
+    ~PROCESS_LOCK() { set(F_ULOCK); }
+
+private:
+    // Without the lock git itself refuses the second of two commands, which is reported.
+    void set(int command) const {
+        while (descriptor_ >= 0 && lockf(descriptor_, command, 0) != 0 && errno == EINTR)
+            continue;
+    }
+
+    int descriptor_;
+};
+
 }  // namespace
+
+VERSION_CONTROL_GIT::VERSION_CONTROL_GIT(PHYSICAL_PATH const& folder) : folder_(folder), lock_file_(std::tmpfile()) {
+}
 
 VERSION_CONTROL::FAILURE VERSION_CONTROL_GIT::git(QStringList const& arguments, PHYSICAL_PATH const& file,
                                                   char const* what) {
-    QMutexLocker const lock(&mutex_);
+    QMutexLocker const thread_lock(&mutex_);
+    PROCESS_LOCK const process_lock(lock_file_.get());
     COMMAND_RESULT const result = run_command(QStringLiteral("git"), with_file(arguments, file), folder_);
     if (result.succeeded())
         return {};

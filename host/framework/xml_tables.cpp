@@ -1,11 +1,28 @@
 #include "host/framework/xml_tables.hpp"
 
+#include "host/framework/read_recorder.hpp"
+
 #include <QFile>
+#include <QFileInfo>
 #include <QXmlStreamReader>
 
 namespace framework {
 
+namespace {
+
+void note_read(QString const& table) {
+    if (READ_LISTENER* const listener = READ_LISTENER::current())
+        listener->table_was_read(table);
+}
+
+}  // namespace
+
 bool XML_TABLES::load(QString const& table, QString const& path, QString& error) {
+    // Pipes and devices have no end that could be waited for.
+    if (QFileInfo const info(path); info.exists() && !info.isFile()) {
+        error = QStringLiteral("%1: error: is no regular file").arg(path);
+        return false;
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("%1: error: %2").arg(path, file.errorString());
@@ -36,11 +53,9 @@ bool XML_TABLES::load(QString const& table, QString const& path, QString& error)
         xml.raiseError(QStringLiteral("the root element is not 'table'"));
     }
     if (xml.hasError()) {
-        error = QStringLiteral("%1:%2:%3: error: %4")
-                    .arg(path)
-                    .arg(xml.lineNumber())
-                    .arg(xml.columnNumber())
-                    .arg(xml.errorString());
+        error =
+            QStringLiteral("%1:%2:%3: error: %4")
+                .arg(path, QString::number(xml.lineNumber()), QString::number(xml.columnNumber()), xml.errorString());
         return false;
     }
     tables_.insert(table, content);
@@ -48,14 +63,17 @@ bool XML_TABLES::load(QString const& table, QString const& path, QString& error)
 }
 
 bool XML_TABLES::has_table(QString const& table) const {
+    note_read(table);
     return tables_.contains(table);
 }
 
 QStringList XML_TABLES::keys(QString const& table) const {
+    note_read(table);
     return tables_.value(table).keys;
 }
 
 QString XML_TABLES::value(QString const& table, QString const& key, QString const& column) const {
+    note_read(table);
     auto const found = tables_.constFind(table);
     if (found == tables_.constEnd())
         return {};

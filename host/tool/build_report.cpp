@@ -1,5 +1,9 @@
 #include "host/tool/build_report.hpp"
 
+#include "host/framework/printable.hpp"
+
+#include <algorithm>
+
 namespace tool {
 
 namespace {
@@ -7,6 +11,14 @@ namespace {
 // Whether the lines of an action that succeeded say more than that it did.
 bool says_more_than_done(QStringList const& lines) {
     return !lines.isEmpty() && lines != QStringList(QStringLiteral("Done."));
+}
+
+// What a failed action said first that is no report of work begun or done.
+QString first_complaint(QStringList const& lines) {
+    auto const line = std::find_if(lines.begin(), lines.end(), [](QString const& text) {
+        return !text.startsWith(QLatin1String("Saving file: "));
+    });
+    return line == lines.end() ? QStringLiteral("failed without a word") : *line;
 }
 
 }  // namespace
@@ -17,20 +29,21 @@ void BUILD_REPORT::run_started(PLAN const& plan) {
 
 void BUILD_REPORT::action_started(PLANNED_ACTION const& planned) {
     if (explains_)
-        console_.message(
-            QStringLiteral("%1: %2").arg(planned.name, planned.error.isEmpty() ? planned.reason : planned.error));
+        console_.message(QStringLiteral("%1: %2").arg(
+            planned.name, framework::printable(planned.error.isEmpty() ? planned.reason : planned.error)));
 }
 
 void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
     ++finished_;
     bool const failed = result.status == ACTION_RESULT::STATUS::failed;
     bool const has_block = failed || result.made_no_file || says_more_than_done(result.lines) ||
-                           console_.verbosity() == VERBOSITY::verbose;
+                           !result.library_lines.isEmpty() || console_.verbosity() == VERBOSITY::verbose;
     if (failed) {
-        QString cause = result.lines.isEmpty() ? QStringLiteral("failed without a word") : result.lines.first();
+        QString cause = result.killed_by.isEmpty() ? first_complaint(result.lines) : result.killed_by;
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
-        failures_.push_back({planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()), cause});
+        failures_.push_back({planned.id, planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()),
+                             framework::printable(cause)});
     }
     if (console_.verbosity() == VERBOSITY::quiet ? !failed : console_.error_is_terminal() && !has_block)
         return;
@@ -42,13 +55,22 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
         status = console_.paint(COLOR::yellow, QStringLiteral("interrupted"));
     QString block = QStringLiteral("[%1/%2] %3: %4").arg(finished_).arg(total_).arg(status, planned.name);
     if (has_block)
-        for (QString const& line : result.lines)
-            block += QStringLiteral("\n") + line;
+        for (QString const& line : result.library_lines + result.lines)
+            block += QStringLiteral("\n") + framework::printable(line);
     console_.message(block);
+}
+
+void BUILD_REPORT::action_is_up_to_date(PLANNED_ACTION const& planned) {
+    ++finished_;
+    if (console_.verbosity() == VERBOSITY::verbose)
+        console_.message(QStringLiteral("[%1/%2] up to date: %3").arg(finished_).arg(total_).arg(planned.name));
 }
 
 void BUILD_REPORT::run_finished(RUN_COUNTS const& counts) {
     if (!failures_.empty()) {
+        // Actions end in the order that chance gives; the list is the same each time.
+        std::sort(failures_.begin(), failures_.end(),
+                  [](FAILURE const& left, FAILURE const& right) { return left.id < right.id; });
         QString list = console_.paint(COLOR::red, QStringLiteral("Failed:"));
         for (FAILURE const& failure : failures_)
             list += QStringLiteral("\n  %1: %2").arg(failure.file, failure.cause);
@@ -59,6 +81,8 @@ void BUILD_REPORT::run_finished(RUN_COUNTS const& counts) {
     QString summary = QStringLiteral("%1 built").arg(counts.succeeded - counts.made_no_file);
     if (counts.made_no_file > 0)
         summary += QStringLiteral(", %1 made no file").arg(counts.made_no_file);
+    if (counts.up_to_date > 0)
+        summary += QStringLiteral(", %1 up to date").arg(counts.up_to_date);
     summary += QStringLiteral(", %1 failed").arg(counts.failed);
     if (counts.not_run > 0)
         summary += QStringLiteral(", %1 not run").arg(counts.not_run);

@@ -14,10 +14,12 @@ public:
     void run_started(PLAN const& plan) override;
     void action_started(PLANNED_ACTION const& planned) override;
     void action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) override;
+    void action_is_up_to_date(PLANNED_ACTION const& planned) override;
     void run_finished(RUN_COUNTS const& counts) override;
 
 private:
     struct FAILURE {
+        int id;
         QString file;
         QString cause;
     };

@@ -1,9 +1,13 @@
 #include "host/tool/build_session.hpp"
 
+#include "host/framework/printable.hpp"
+#include "host/tool/database_step.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QDir>
 #include <QFileInfo>
+
+#include <dlfcn.h>
 
 namespace tool {
 
@@ -27,6 +31,8 @@ EXIT_CODE BUILD_SESSION::report(framework::DIAGNOSTICS const& diagnostics) const
 }
 
 EXIT_CODE BUILD_SESSION::open_project() {
+    if (project_)
+        return EXIT_CODE::success;
     QString file;
     if (options_.directory.empty()) {
         file = framework::find_project_file(QDir::currentPath());
@@ -38,9 +44,10 @@ EXIT_CODE BUILD_SESSION::open_project() {
         QString const folder = argument(options_.directory);
         file = QDir(folder).absoluteFilePath(QLatin1String(framework::project_file_name));
         if (!QFileInfo::exists(file)) {
-            console_.error(QFileInfo(folder).isDir()
-                               ? QStringLiteral("no zab.toml in %1; \"zab init\" makes one").arg(folder)
-                               : QStringLiteral("there is no folder %1").arg(folder));
+            console_.error(
+                QFileInfo(folder).isDir()
+                    ? QStringLiteral("no zab.toml in %1; \"zab init\" makes one").arg(framework::printable(folder))
+                    : QStringLiteral("there is no folder %1").arg(framework::printable(folder)));
             return EXIT_CODE::wrong_use;
         }
     }
@@ -85,11 +92,22 @@ EXIT_CODE BUILD_SESSION::read_tables() {
     return EXIT_CODE::success;
 }
 
+QString BUILD_SESSION::plugin_file() const {
+    return options_.plugin.empty() ? PLUGIN_HOST::default_path() : argument(options_.plugin);
+}
+
+QStringList BUILD_SESSION::plugin_libraries() const {
+    Dl_info framework = {};
+    dladdr(reinterpret_cast<void const*>(&framework::note_file_look_up), &framework);
+    return {QFileInfo(plugin_file()).absoluteFilePath(),
+            QFileInfo(QFile::decodeName(framework.dli_fname)).absoluteFilePath()};
+}
+
 EXIT_CODE BUILD_SESSION::load_plugin() {
     QString error;
-    if (plugin_.load(options_.plugin.empty() ? PLUGIN_HOST::default_path() : argument(options_.plugin), error))
+    if (plugin_.load(plugin_file(), error))
         return EXIT_CODE::success;
-    console_.error(error);
+    console_.error(framework::printable(error));
     return EXIT_CODE::environment;
 }
 
@@ -109,18 +127,38 @@ EXIT_CODE BUILD_SESSION::create_actions() {
     for (auto const& processor : plugin_.processors()) {
         for (auto const& [path, time] : processor->get_virtual_files(files_.map, *rules_)) {
             LOGICAL_PATH const logical = PATHS::logical_path(path);
-            if (files_.map.contains(logical))
-                continue;
-            files_.entries.push_back({path, {}});
-            files_.map.insert(logical, &files_.entries.back());
+            if (!files_.map.contains(logical))
+                know_file(path, logical);
         }
     }
-    for (auto const& processor : plugin_.processors())
-        for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_))
-            actions_.emplace_back(action);
+    {
+        framework::RULE_QUESTION_RECORDER recorder;
+        for (auto const& processor : plugin_.processors())
+            for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_))
+                actions_.emplace_back(action);
+        rule_questions_ = recorder.take();
+    }
+    files_.map.set_look_up_hook(&framework::note_file_look_up);
     for (auto const& action : actions_)
         action->add_external_dependencies(files_.map, *rules_);
+    if (project_->image_database && (!plugin_.image_database() || plugin_.processors().empty())) {
+        console_.error(
+            QStringLiteral("the project asks for an image-information database, and the plug-in makes none"));
+        return EXIT_CODE::environment;
+    }
     return EXIT_CODE::success;
+}
+
+void BUILD_SESSION::know_file(PHYSICAL_PATH const& physical, LOGICAL_PATH const& logical) {
+    files_.entries.push_back({physical, {}});
+    files_.map.insert(logical, &files_.entries.back());
+}
+
+void BUILD_SESSION::create_database_actions() {
+    for (auto& action : make_database_actions(*this, *plugin_.image_database(), *plugin_.processors().front())) {
+        action->add_external_dependencies(files_.map, *rules_);
+        actions_.push_back(std::move(action));
+    }
 }
 
 EXIT_CODE BUILD_SESSION::open() {

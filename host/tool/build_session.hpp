@@ -4,6 +4,7 @@
 
 #include "host/framework/file_scan.hpp"
 #include "host/framework/project_rule_cache.hpp"
+#include "host/framework/rule_questions.hpp"
 #include "host/framework/version_control.hpp"
 #include "host/framework/xml_tables.hpp"
 #include "host/tool/command.hpp"
@@ -23,7 +24,7 @@ public:
     BUILD_SESSION& operator=(BUILD_SESSION const&) = delete;
     ~BUILD_SESSION();
 
-    /// Finds and reads the project file and sets the data roots.
+    /// Finds and reads the project file and sets the data roots. Further calls do nothing.
     EXIT_CODE open_project();
     EXIT_CODE load_plugin();
     /// All stages. Afterwards everything below is there.
@@ -34,12 +35,25 @@ public:
     framework::PROJECT_RULE_CACHE const& rules() const { return *rules_; }
     std::vector<std::unique_ptr<ACTION_INTERFACE>> const& actions() const { return actions_; }
     QTSHARED::ASSET_GRAPH& asset_graph() { return asset_graph_; }
+    framework::XML_TABLES const& tables() const { return tables_; }
+
+    /// Adds a file that is going to be made, at the end of the file map.
+    void know_file(PHYSICAL_PATH const& physical, LOGICAL_PATH const& logical);
+    /// Adds every file of the working root that the file map does not have yet.
+    void know_made_files() { framework::scan_made_files(*project_, files_); }
+    /// Makes the actions of the database step, once all others and their targets are known, and appends them.
+    void create_database_actions();
+    /// What was asked of the rules while the actions were made.
+    framework::RULE_QUESTIONS const& rule_questions() const { return rule_questions_; }
+    /// The files that hold the plug-in's code: its own and the framework's.
+    QStringList plugin_libraries() const;
 
     /// A path from the command line, taken from the current folder, as a path of this project ("<raw>/...",
     /// "<working>/..."); nothing when it lies outside both roots. It may be given as a logical path as well.
     std::optional<QString> project_path(std::string const& given) const;
 
 private:
+    QString plugin_file() const;
     EXIT_CODE scan();
     EXIT_CODE read_rules();
     EXIT_CODE read_tables();
@@ -58,6 +72,7 @@ private:
     // Before the actions, which refer to the processors.
     PLUGIN_HOST plugin_;
     std::vector<std::unique_ptr<ACTION_INTERFACE>> actions_;
+    framework::RULE_QUESTIONS rule_questions_;
 };
 
 }  // namespace tool

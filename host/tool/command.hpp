@@ -50,6 +50,7 @@ std::unique_ptr<COMMAND> make_command_rules();
 std::unique_ptr<COMMAND> make_command_info();
 std::unique_ptr<COMMAND> make_command_view();
 std::unique_ptr<COMMAND> make_command_compare();
+std::unique_ptr<COMMAND> make_command_imgdb();
 std::unique_ptr<COMMAND> make_command_clean();
 
 /// The path as it was given on the command line.

@@ -1,6 +1,9 @@
-// zab clean: removes what a build makes: the targets of the current plan, and the build state.
-#include "host/tool/planner.hpp"
+// zab clean: removes what a build makes: the targets of the current plan, and the build state. With --stale it removes
+// what earlier builds made and no action makes any more, and nothing else.
+#include "host/tool/open_plan.hpp"
+#include "host/tool/project_lock.hpp"
 #include "host/tool/target_guard.hpp"
+#include "processor/host/paths.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -17,21 +20,13 @@ public:
     char const* summary() const override { return "Remove the targets of the current plan, and the build state"; }
 
     void declare(CLI::App& app) override {
+        app.add_flag("--stale", stale_, "Remove only the files of earlier builds that no action makes any more");
         app.add_flag("-n,--dry-run", dry_run_, "Say what would be removed, and remove nothing");
     }
 
     EXIT_CODE run(CONTEXT& context) override {
-        BUILD_SESSION session(context);
-        if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
+        if (EXIT_CODE const code = stale_ ? clean_stale(context) : clean_all(context); code != EXIT_CODE::success)
             return code;
-        PLAN const plan = make_plan(session);
-        // Removing needs no order, and what two actions claim is a target all the same.
-        TARGET_GUARD guard(session.project().working);
-        for (PLANNED_ACTION const& planned : plan.actions)
-            for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-                if (planned.state == PLANNED_ACTION::STATE::run && guard.refusal(target.physical_path).isEmpty())
-                    remove_file(context.console, session.project().working, target.physical_path);
-        remove_state(context.console, session.project().state_folder);
         if (context.console.verbosity() != VERBOSITY::quiet)
             context.console.message(dry_run_ ? QStringLiteral("%1 would be removed").arg(removed_)
                                              : QStringLiteral("%1 removed").arg(removed_));
@@ -39,6 +34,58 @@ public:
     }
 
 private:
+    // Where there is no state, no build runs.
+    EXIT_CODE lock_project(CONTEXT& context, BUILD_SESSION& session, PROJECT_LOCK& lock) const {
+        if (EXIT_CODE const code = session.open_project(); code != EXIT_CODE::success)
+            return code;
+        if (dry_run_ || !QFileInfo::exists(session.project().state_folder))
+            return EXIT_CODE::success;
+        return open_exclusively(context, session, true, lock);
+    }
+
+    EXIT_CODE clean_stale(CONTEXT& context) {
+        PROJECT_LOCK lock;
+        OPENED_PLAN opened(context);
+        if (EXIT_CODE const code = lock_project(context, opened.session, lock); code != EXIT_CODE::success)
+            return code;
+        if (EXIT_CODE const code = open_plan(context, opened, {}, false); code != EXIT_CODE::success)
+            return code;
+        TARGET_GUARD guard(opened.session.project().working);
+        for (BUILD_STATE::STALE_TARGET const& stale : opened.state->stale_targets()) {
+            PHYSICAL_PATH const path = PATHS::physical_path(stale.path);
+            if (guard.refusal(path).isEmpty())
+                remove_file(context.console, opened.session.project().working, path);
+        }
+        if (!dry_run_)
+            opened.state->finish();
+        return EXIT_CODE::success;
+    }
+
+    EXIT_CODE clean_all(CONTEXT& context) {
+        PROJECT_LOCK lock;
+        BUILD_SESSION session(context);
+        if (EXIT_CODE const code = lock_project(context, session, lock); code != EXIT_CODE::success)
+            return code;
+        if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
+            return code;
+        // Removing needs no order, and what two actions claim is a target all the same.
+        PLAN const plan = make_plan(session);
+        BUILD_STATE state(session, context.console);
+        state.open(plan);
+        TARGET_GUARD guard(session.project().working);
+        for (PLANNED_ACTION const& planned : plan.actions)
+            for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+                if (planned.state == PLANNED_ACTION::STATE::run && !is_older_file(target) &&
+                    (guard.refusal(target.physical_path).isEmpty() || is_fragment_beside_source(planned, target)))
+                    remove_file(context.console, session.project().working, target.physical_path);
+        // What is known of them goes with the state, so this is the last chance for all the others.
+        for (LOGICAL_PATH const& path : state.known_targets())
+            if (guard.refusal(PATHS::physical_path(path)).isEmpty())
+                remove_file(context.console, session.project().working, PATHS::physical_path(path));
+        remove_state(context.console, session.project().state_folder);
+        return EXIT_CODE::success;
+    }
+
     void remove_file(CONSOLE& console, QString const& working, QString const& path) {
         QFileInfo const info(path);
         if (!info.isFile() && !info.isSymLink())
@@ -71,6 +118,7 @@ private:
         return removed;
     }
 
+    bool stale_ = false;
     bool dry_run_ = false;
     bool all_removed_ = true;
     int removed_ = 0;

@@ -1,4 +1,5 @@
 // zab compare A B: the difference of two pictures of one size, per channel and pooled.
+#include "host/framework/printable.hpp"
 #include "host/tool/command.hpp"
 #include "host/tool/picture_difference.hpp"
 #include "host/tool/picture_file.hpp"
@@ -33,12 +34,9 @@ public:
             return EXIT_CODE::failed;
         if (left->width != right->width || left->height != right->height) {
             console.error(QStringLiteral("the sizes differ: %1 is %2 x %3, %4 is %5 x %6")
-                              .arg(argument(left_))
-                              .arg(left->width)
-                              .arg(left->height)
-                              .arg(argument(right_))
-                              .arg(right->width)
-                              .arg(right->height));
+                              .arg(framework::printable(argument(left_)), QString::number(left->width),
+                                   QString::number(left->height), framework::printable(argument(right_)),
+                                   QString::number(right->width), QString::number(right->height)));
             return EXIT_CODE::failed;
         }
         PICTURE_DIFFERENCE const difference = measure_difference(*left, *right);
@@ -70,7 +68,8 @@ private:
         std::optional<IMAGE_LOADER::PICTURE> picture =
             IMAGE_LOADER::load_picture(native_path(argument(given)), 0, 0, cause);
         if (!picture)
-            console.error(QStringLiteral("%1: %2").arg(argument(given), QString::fromStdString(cause)));
+            console.error(
+                QStringLiteral("%1: %2").arg(framework::printable(argument(given)), QString::fromStdString(cause)));
         return picture;
     }
 

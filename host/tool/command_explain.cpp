@@ -1,7 +1,8 @@
 // zab explain PATH: the rules that hold for one file, each value with the place that it comes from, and the actions
 // that read or make the file.
-#include "host/tool/planner.hpp"
-
+#include "host/framework/printable.hpp"
+#include "host/tool/open_plan.hpp"
+#include "host/tool/rule_value_text.hpp"
 #include "processor/host/paths.hpp"
 
 #include <CLI/CLI.hpp>
@@ -14,21 +15,6 @@ namespace tool {
 
 namespace {
 
-// The value as it would stand in a rule file.
-QString as_written(QVariant const& value) {
-    switch (value.type()) {
-    case QVariant::String:
-        return u'"' + value.toString().replace(u'\\', QStringLiteral("\\\\")).replace(u'"', QStringLiteral("\\\"")) +
-               u'"';
-    case QVariant::Double: {
-        QString const text = QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
-        return text.contains(u'.') || text.contains(u'e') ? text : text + QStringLiteral(".0");
-    }
-    default:
-        return value.toString();
-    }
-}
-
 class COMMAND_EXPLAIN : public COMMAND {
 public:
     char const* name() const override { return "explain"; }
@@ -37,20 +23,22 @@ public:
     void declare(CLI::App& app) override { app.add_option("PATH", path_, "The file; it need not exist")->required(); }
 
     EXIT_CODE run(CONTEXT& context) override {
-        BUILD_SESSION session(context);
-        if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
+        OPENED_PLAN opened(context);
+        if (EXIT_CODE const code = open_plan(context, opened, {}, false); code != EXIT_CODE::success && !opened.plan)
             return code;
+        BUILD_SESSION& session = opened.session;
         std::optional<QString> const path = session.project_path(path_);
         if (!path) {
-            context.console.error(QStringLiteral("%1 lies in neither data folder of the project").arg(argument(path_)));
+            context.console.error(QStringLiteral("%1 lies in neither data folder of the project")
+                                      .arg(framework::printable(argument(path_))));
             return EXIT_CODE::wrong_use;
         }
         LOGICAL_PATH const logical(*path);
         bool const is_listed = session.files().contains(logical);
-        context.console.result(shown_file(logical) + QStringLiteral(" (%1)").arg(*path) +
+        context.console.result(shown_file(logical) + QStringLiteral(" (%1)").arg(framework::printable(*path)) +
                                (is_listed ? QString() : QStringLiteral(": not among the project's files")));
         show_rules(context.console, session, logical);
-        show_actions(context.console, make_plan(session), logical);
+        show_actions(context.console, *opened.plan, logical);
         return EXIT_CODE::success;
     }
 
@@ -64,19 +52,21 @@ private:
             any = true;
             QStringList tables;
             for (framework::RULE_TABLE const* const table : session.rules().matching_tables(path, name))
-                tables += QStringLiteral("%1:%2").arg(CONSOLE::shown(table->file)).arg(table->line);
-            console.result(QStringLiteral("rule \"%1\" from %2").arg(name, tables.join(QStringLiteral(", "))));
+                tables += QStringLiteral("%1:%2").arg(CONSOLE::shown(table->file), QString::number(table->line));
+            console.result(QStringLiteral("rule \"%1\" from %2")
+                               .arg(framework::printable(name), tables.join(QStringLiteral(", "))));
             std::vector<QString> written;
             int width = 0;
             for (RULE_VALUES::VALUE const& value : rule.values()->all()) {
-                written.push_back(value.property + QStringLiteral(" = ") + as_written(value.value));
+                written.push_back(
+                    framework::printable(value.property + QStringLiteral(" = ") + as_written(value.value)));
                 width = std::max(width, written.back().size());
             }
             for (std::size_t i = 0; i < written.size(); ++i) {
                 RULE_VALUES::VALUE const& value = rule.values()->all()[i];
-                console.result(QStringLiteral("  %1  %2:%3")
-                                   .arg(written[i].leftJustified(width), CONSOLE::shown(value.file))
-                                   .arg(value.line));
+                console.result(
+                    QStringLiteral("  %1  %2:%3")
+                        .arg(written[i].leftJustified(width), CONSOLE::shown(value.file), QString::number(value.line)));
             }
         }
         if (!any)
@@ -97,7 +87,11 @@ private:
                                .arg(planned.id)
                                .arg(planned.name));
             if (planned.state == PLANNED_ACTION::STATE::error)
-                console.result(QStringLiteral("  error: ") + planned.error);
+                console.result(QStringLiteral("  error: ") + framework::printable(planned.error));
+            else if (planned.state == PLANNED_ACTION::STATE::up_to_date)
+                console.result(QStringLiteral("  up to date"));
+            else if (!planned.reason.isEmpty())
+                console.result(QStringLiteral("  to be built: ") + framework::printable(planned.reason));
             for (LOGICAL_PATH const& source : planned.sources)
                 if (!(source == path))
                     console.result(QStringLiteral("  reads ") + shown_file(source));

@@ -1,4 +1,5 @@
 // zab info FILE...: what texture files hold, from their headers.
+#include "host/framework/printable.hpp"
 #include "host/tool/command.hpp"
 #include "host/tool/picture_file.hpp"
 
@@ -86,11 +87,11 @@ public:
             std::optional<FILE_DESCRIPTION> const file = IMAGE_LOADER::describe(native_path(path), cause);
             if (!file) {
                 all_read = false;
-                context.console.error(QStringLiteral("%1: %2").arg(path, text(cause)));
+                context.console.error(QStringLiteral("%1: %2").arg(framework::printable(path), text(cause)));
             } else if (json_) {
                 descriptions.append(as_json(path, *file));
             } else {
-                context.console.result(QStringLiteral("%1: %2").arg(path, in_words(*file)));
+                context.console.result(QStringLiteral("%1: %2").arg(framework::printable(path), in_words(*file)));
             }
         }
         if (json_)

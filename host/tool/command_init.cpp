@@ -1,6 +1,7 @@
 // zab init [DIR]: the beginnings of a project. Nothing that exists is touched.
 #include "host/tool/command.hpp"
 
+#include "host/framework/printable.hpp"
 #include "host/framework/project.hpp"
 
 #include <CLI/CLI.hpp>
@@ -27,7 +28,7 @@ constexpr char const* project_text =
 # texc_expansions = "db/texc_expansions.xml"
 
 # [image_database]
-# enabled = true
+# enabled = false              # true: a build ends with working_data/img_db.bin, a list of all textures
 
 # [version_control]
 # kind = "none"                # "none", "git" or "perforce"
@@ -55,7 +56,7 @@ public:
         QDir const folder(given.empty() ? QStringLiteral(".") : argument(given));
         QString const file = QDir::cleanPath(folder.filePath(QLatin1String(framework::project_file_name)));
         auto const fail = [&](EXIT_CODE code, QString const& text) {
-            context.console.error(text);
+            context.console.error(framework::printable(text));
             return code;
         };
         if (QFileInfo::exists(file) || QFileInfo(file).isSymLink())
@@ -70,7 +71,7 @@ public:
         if (!out.open(QIODevice::WriteOnly | QIODevice::NewOnly) || out.write(text) != text.size() || !out.flush())
             return fail(EXIT_CODE::environment,
                         QStringLiteral("%1 cannot be written: %2").arg(file, out.errorString()));
-        context.console.result(file);
+        context.console.result(framework::printable(file));
         return EXIT_CODE::success;
     }
 

@@ -1,4 +1,6 @@
 // zab plan [PATH...]: the actions of a build, in the order in which they run, without running any.
+#include "host/framework/printable.hpp"
+#include "host/tool/open_plan.hpp"
 #include "host/tool/plan_json.hpp"
 
 #include <CLI/CLI.hpp>
@@ -16,21 +18,24 @@ public:
 
     void declare(CLI::App& app) override {
         app.add_option("PATH", paths_, "Only what is made from files at or below these paths, and what that needs");
+        app.add_flag("--force", force_, "As if nothing were up to date");
         app.add_flag("--json", json_, "As a JSON array");
     }
 
     EXIT_CODE run(CONTEXT& context) override {
-        BUILD_SESSION session(context);
-        std::optional<PLAN> plan;
-        EXIT_CODE const code = open_and_plan(context, session, paths_, plan);
-        if (!plan)
+        OPENED_PLAN opened(context);
+        EXIT_CODE const code = open_plan(context, opened, paths_, force_);
+        if (!opened.plan)
             return code;
         if (json_) {
-            QByteArray const text = QJsonDocument(to_json(*plan)).toJson(QJsonDocument::Indented);
+            QByteArray const text = QJsonDocument(to_json(*opened.plan)).toJson(QJsonDocument::Indented);
             context.console.result(QString::fromUtf8(text).trimmed());
         } else {
-            for (PLANNED_ACTION const& planned : plan->actions)
-                show(context.console, *plan, planned);
+            for (PLANNED_ACTION const& planned : opened.plan->actions)
+                show(context.console, *opened.plan, planned);
+            if (opened.state)
+                for (BUILD_STATE::STALE_TARGET const& stale : opened.state->stale_targets())
+                    context.console.result(QStringLiteral("no action makes %1 any more").arg(shown_file(stale.path)));
         }
         return code;
     }
@@ -38,9 +43,10 @@ public:
 private:
     static void show(CONSOLE& console, PLAN const& plan, PLANNED_ACTION const& planned) {
         bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
-        console.result(QStringLiteral("%1 %2: %3")
-                           .arg(planned.id)
-                           .arg(planned.name, is_error ? QStringLiteral("error: ") + planned.error : planned.reason));
+        QString const state = is_error ? QStringLiteral("error: ") + planned.error
+                              : planned.state == PLANNED_ACTION::STATE::up_to_date ? QStringLiteral("up to date")
+                                                                                   : planned.reason;
+        console.result(QStringLiteral("%1 %2: %3").arg(planned.id).arg(planned.name, framework::printable(state)));
         for (LOGICAL_PATH const& source : planned.sources)
             console.result(QStringLiteral("  reads ") + shown_file(source));
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
@@ -50,6 +56,7 @@ private:
     }
 
     std::vector<std::string> paths_;
+    bool force_ = false;
     bool json_ = false;
 };
 

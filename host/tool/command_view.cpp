@@ -1,4 +1,5 @@
 // zab view FILE: one picture of a texture file, as a PNG that any viewer shows.
+#include "host/framework/printable.hpp"
 #include "host/tool/command.hpp"
 #include "host/tool/picture_file.hpp"
 
@@ -29,18 +30,18 @@ public:
         CONSOLE& console = context.console;
         QString const path = argument(file_);
         auto const fail = [&](std::string const& cause) {
-            console.error(QStringLiteral("%1: %2").arg(path, QString::fromStdString(cause)));
+            console.error(QStringLiteral("%1: %2").arg(framework::printable(path), QString::fromStdString(cause)));
             return EXIT_CODE::failed;
         };
         QString output = argument(output_);
         if (output.isEmpty()) {
             output = QFileInfo(path).completeBaseName() + QStringLiteral(".png");
             if (QFileInfo::exists(output)) {
-                console.error(QStringLiteral("%1 exists; name a file with -o").arg(output));
+                console.error(QStringLiteral("%1 exists; name a file with -o").arg(framework::printable(output)));
                 return EXIT_CODE::wrong_use;
             }
         } else if (is_same_file(path, output)) {
-            console.error(QStringLiteral("%1 would be overwritten by its own picture").arg(path));
+            console.error(QStringLiteral("%1 would be overwritten by its own picture").arg(framework::printable(path)));
             return EXIT_CODE::wrong_use;
         }
 
@@ -51,7 +52,7 @@ public:
             return fail(cause);
         QString const misfit = does_not_fit(*description);
         if (!misfit.isEmpty()) {
-            console.error(QStringLiteral("%1: %2").arg(path, misfit));
+            console.error(QStringLiteral("%1: %2").arg(framework::printable(path), misfit));
             return EXIT_CODE::wrong_use;
         }
         std::uint32_t const place = slice_ * description->faces + face_;
@@ -60,10 +61,12 @@ public:
         if (!picture)
             return fail(cause);
         if (!IMAGE_LOADER::write_png(native_path(output), *picture, cause)) {
-            console.error(QStringLiteral("%1: %2").arg(output, QString::fromStdString(cause)));
+            console.error(QStringLiteral("%1: %2").arg(framework::printable(output), QString::fromStdString(cause)));
             return EXIT_CODE::environment;
         }
-        console.result(QStringLiteral("%1: %2 x %3").arg(output).arg(picture->width).arg(picture->height));
+        console.result(
+            QStringLiteral("%1: %2 x %3")
+                .arg(framework::printable(output), QString::number(picture->width), QString::number(picture->height)));
         return EXIT_CODE::success;
     }
 

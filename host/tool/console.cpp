@@ -1,5 +1,7 @@
 #include "host/tool/console.hpp"
 
+#include "host/framework/printable.hpp"
+
 #include <QDir>
 
 #include <cstdlib>
@@ -8,6 +10,18 @@
 #include <unistd.h>
 
 namespace tool {
+
+namespace {
+
+/// A message of this program's own lines: they end where it ends them.
+QString printable_lines(QString const& text) {
+    QStringList lines = text.split(u'\n');
+    for (QString& line : lines)
+        line = framework::printable(line);
+    return lines.join(u'\n');
+}
+
+}  // namespace
 
 void CONSOLE::set_color(COLOR_MODE mode) {
     auto const is_set = [](char const* name) {
@@ -40,20 +54,21 @@ void CONSOLE::message(QString const& line) {
 }
 
 void CONSOLE::error(QString const& text) {
-    message(QStringLiteral("zab: ") + paint(COLOR::red, QStringLiteral("error:")) + u' ' + text);
+    message(QStringLiteral("zab: ") + paint(COLOR::red, QStringLiteral("error:")) + u' ' + printable_lines(text));
 }
 
 void CONSOLE::warning(QString const& text) {
     if (verbosity_ != VERBOSITY::quiet)
-        message(QStringLiteral("zab: ") + paint(COLOR::yellow, QStringLiteral("warning:")) + u' ' + text);
+        message(QStringLiteral("zab: ") + paint(COLOR::yellow, QStringLiteral("warning:")) + u' ' +
+                printable_lines(text));
 }
 
 void CONSOLE::report(framework::DIAGNOSTICS const& diagnostics) {
     for (framework::DIAGNOSTIC const& diagnostic : diagnostics) {
         bool const is_error = diagnostic.severity == framework::DIAGNOSTIC::SEVERITY::error;
         if (is_error || verbosity_ != VERBOSITY::quiet)
-            message(
-                paint(is_error ? COLOR::red : COLOR::yellow, framework::format(diagnostic, shown(diagnostic.path))));
+            message(paint(is_error ? COLOR::red : COLOR::yellow,
+                          framework::printable(framework::format(diagnostic, shown(diagnostic.path)))));
     }
 }
 
@@ -69,9 +84,7 @@ QString CONSOLE::paint(COLOR color, QString const& text) const {
 
 QString CONSOLE::shown(QString const& path) {
     QString const here = QDir::currentPath();
-    if (path.startsWith(here + u'/'))
-        return path.mid(here.size() + 1);
-    return path;
+    return framework::printable(path.startsWith(here + u'/') ? path.mid(here.size() + 1) : path);
 }
 
 void CONSOLE::set_line_in_progress(std::function<void()> clear, std::function<void()> draw) {

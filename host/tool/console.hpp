@@ -36,7 +36,7 @@ public:
     QString paint(COLOR color, QString const& text) const;
     bool error_is_terminal() const { return error_is_terminal_; }
 
-    /// A path as this console shows it: relative to the current folder when it lies in it.
+    /// A path as this console shows it: relative to the current folder when it lies in it, and printable.
     static QString shown(QString const& path);
 
     /// Runs before and after a message is written, so that a line in the making (progress) can step aside.

@@ -50,6 +50,8 @@ void EVENT_WRITER::line(PLANNED_ACTION const& planned, QString const& text) {
 }
 
 void EVENT_WRITER::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
+    for (QString const& text : result.library_lines)
+        write("library_line", {{QStringLiteral("id"), planned.id}, {QStringLiteral("text"), text}});
     QString const status = result.status == ACTION_RESULT::STATUS::succeeded ? QStringLiteral("succeeded")
                            : result.status == ACTION_RESULT::STATUS::failed  ? QStringLiteral("failed")
                                                                              : QStringLiteral("interrupted");
@@ -61,15 +63,21 @@ void EVENT_WRITER::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
            {QStringLiteral("status"), status},
            {QStringLiteral("made_no_file"), result.made_no_file},
            {QStringLiteral("diagnosis"), result.diagnosis.isEmpty() ? QJsonValue() : QJsonValue(result.diagnosis)},
+           {QStringLiteral("killed_by"), result.killed_by.isEmpty() ? QJsonValue() : QJsonValue(result.killed_by)},
            {QStringLiteral("milliseconds"), static_cast<qint64>(result.milliseconds)},
            {QStringLiteral("peak_bytes"),
             result.peak_bytes ? QJsonValue(static_cast<qint64>(*result.peak_bytes)) : QJsonValue()}});
+}
+
+void EVENT_WRITER::action_is_up_to_date(PLANNED_ACTION const& planned) {
+    write("action_up_to_date", {{QStringLiteral("id"), planned.id}, {QStringLiteral("name"), planned.name}});
 }
 
 void EVENT_WRITER::run_finished(RUN_COUNTS const& counts) {
     write("run_finished", {{QStringLiteral("total"), number(counts.total)},
                            {QStringLiteral("succeeded"), number(counts.succeeded)},
                            {QStringLiteral("made_no_file"), number(counts.made_no_file)},
+                           {QStringLiteral("up_to_date"), number(counts.up_to_date)},
                            {QStringLiteral("failed"), number(counts.failed)},
                            {QStringLiteral("not_run"), number(counts.not_run)},
                            {QStringLiteral("interrupted"), counts.interrupted},

@@ -19,6 +19,7 @@ public:
     void action_started(PLANNED_ACTION const& planned) override;
     void line(PLANNED_ACTION const& planned, QString const& text) override;
     void action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) override;
+    void action_is_up_to_date(PLANNED_ACTION const& planned) override;
     void run_finished(RUN_COUNTS const& counts) override;
 
 private:

@@ -1,7 +1,9 @@
 #include "host/tool/execute_action.hpp"
 
+#include "host/framework/asset_fragment_file.hpp"
 #include "host/framework/version_control.hpp"
 #include "host/tool/failure_cause.hpp"
+#include "host/tool/memory_estimate.hpp"
 #include "host/tool/peak_memory.hpp"
 #include "processor/host/paths.hpp"
 
@@ -9,10 +11,15 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QStorageInfo>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <vector>
+
+#include <unistd.h>
 
 namespace tool {
 
@@ -36,9 +43,21 @@ std::vector<FILE_STATE> target_states(PLANNED_ACTION const& planned) {
     return states;
 }
 
+/// Why no file can be made in the folder, or in the nearest one above it that exists; nothing when one can.
+std::optional<QString> why_unwritable(QString folder) {
+    while (!QFileInfo::exists(folder) && QFileInfo(folder).path() != folder)
+        folder = QFileInfo(folder).path();
+    if (access(QFile::encodeName(folder).constData(), W_OK | X_OK) == 0)
+        return {};
+    return QStringLiteral("The target folder %1 cannot be written: %2")
+        .arg(folder, QString::fromLocal8Bit(std::strerror(errno)));
+}
+
 /// Opens the targets in version control. Nothing, or why one cannot be written.
 std::optional<QString> prepare_targets(PLANNED_ACTION const& planned) {
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
+        if (auto refusal = why_unwritable(QFileInfo(target.physical_path.text()).path()))
+            return refusal;
         if (auto refusal = framework::VERSION_CONTROL::current().prepare_write(target.physical_path))
             return refusal;
     }
@@ -67,10 +86,31 @@ bool was_removed(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE co
     });
 }
 
+// Actions that cannot write say so in fixed words, and what they wrote is gone again when the disk is looked at. So it
+// is compared with what they had to write: four bits a texel for the smallest target, 32 and the levels for the
+// largest.
+void look_at_disk(PLANNED_ACTION const& planned, ACTION_RESULT& result) {
+    std::uint64_t texels = 0;
+    for (LOGICAL_PATH const& source : planned.sources)
+        texels = std::max(texels, announced_texels(PATHS::physical_path(source)).value_or(0));
+    QStorageInfo const disk(PATHS::working_data().text());
+    if (!disk.isValid() || texels == 0)
+        return;
+    auto const left = static_cast<std::uint64_t>(disk.bytesAvailable());
+    if (left / 16 < texels / 3)
+        result.diagnosis = QStringLiteral("the disk has only %1 KB left").arg(left / 1024);
+    result.disk_full = left < texels / 2;
+}
+
 ACTION_INTERFACE::STATUS run(PLANNED_ACTION const& planned, FILE_MAP const& files, RULE_CACHE const& rules,
                              QString& thrown) {
     try {
-        return planned.action->run(files, rules);
+        ACTION_INTERFACE::STATUS const status = planned.action->run(files, rules);
+        QTSHARED::ASSET_GRAPH* const graph = ACTION_INTERFACE::s_asset_graph;
+        if (graph != nullptr && status == ACTION_INTERFACE::STATUS_FAILED)
+            graph->take_unwritten();
+        if (graph == nullptr || framework::save_added_fragments(*graph, *planned.action, files, thrown))
+            return status;
     } catch (std::exception const& exception) {
         thrown = QStringLiteral("Unexpected error: ") + QString::fromUtf8(exception.what());
     } catch (...) {
@@ -89,6 +129,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     clock.start();
     planned.action->set_line_listener(line);
     QString own_line;
+    framework::READ_RECORDER recorder;
     ACTION_INTERFACE::STATUS status = ACTION_INTERFACE::STATUS_FAILED;
     std::vector<FILE_STATE> const before = target_states(planned);
     if (auto const refusal = prepare_targets(planned))
@@ -99,6 +140,9 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     if (succeeded)
         own_line = false_success(planned, before);
     planned.action->set_line_listener({});
+    result.record.reads = recorder.take();
+    for (ACTION_INTERFACE::REGISTERED_FILE const& file : planned.action->registered_files())
+        result.record.registered.push_back(file);
     result.milliseconds = clock.elapsed();
     result.peak_bytes = peak_memory();
     result.lines = planned.action->output_lines();
@@ -116,15 +160,14 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     }
     // An action with an error never touched its targets, and its announced ones may be another's.
     if (planned.state == PLANNED_ACTION::STATE::run) {
-        remove_targets(planned);
-        if (planned.action->revert_target_files_if_failed())
-            for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-                framework::VERSION_CONTROL::current().revert(target.physical_path);
+        take_back_targets(planned);
         for (LOGICAL_PATH const& source : planned.sources) {
             result.diagnosis = why_unreadable(PATHS::physical_path(source));
             if (!result.diagnosis.isEmpty())
                 break;
         }
+        if (result.diagnosis.isEmpty())
+            look_at_disk(planned, result);
     }
     return result;
 }
@@ -136,9 +179,13 @@ ACTION_RESULT fail_action(QString const& reason, std::function<void(QString cons
     return result;
 }
 
-void remove_targets(PLANNED_ACTION const& planned) {
+void take_back_targets(PLANNED_ACTION const& planned) {
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-        QFile::remove(target.physical_path);
+        if (!is_older_file(target))
+            QFile::remove(target.physical_path);
+    if (planned.action->revert_target_files_if_failed())
+        for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+            framework::VERSION_CONTROL::current().revert(target.physical_path);
 }
 
 }  // namespace tool

@@ -2,6 +2,7 @@
 // result, so that whoever schedules actions need not run them itself.
 #pragma once
 
+#include "host/tool/action_record.hpp"
 #include "host/tool/planner.hpp"
 
 #include <cstdint>
@@ -19,9 +20,17 @@ struct ACTION_RESULT {
     QStringList lines;
     /// What the tool finds out about the cause of a failure by itself; may be empty.
     QString diagnosis;
+    /// It failed, and not even the smallest target that its sources can become has room on the disk.
+    bool disk_full = false;
+    /// What ended the action from outside, in half a sentence; empty when it ended by itself.
+    QString killed_by;
+    /// What libraries wrote past the action, straight to standard error or standard output.
+    QStringList library_lines;
     std::int64_t milliseconds = 0;
     /// Of the whole process, while the action ran.
     std::optional<std::uint64_t> peak_bytes;
+    /// What the next build has to know of an action that succeeded.
+    ACTION_RECORD record;
 };
 
 /// `line` receives each line as the action says it. After a failure none of the action's targets is there.
@@ -31,7 +40,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
 /// The result of an action that is not run, for this reason.
 ACTION_RESULT fail_action(QString const& reason, std::function<void(QString const&)> const& line);
 
-/// Removes whatever of the action's targets there is.
-void remove_targets(PLANNED_ACTION const& planned);
+/// Removes whatever of a failed action's targets there is, or brings back the versions that version control knows.
+void take_back_targets(PLANNED_ACTION const& planned);
 
 }  // namespace tool

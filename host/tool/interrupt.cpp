@@ -1,70 +1,60 @@
-// A thread that waits for the signals does what a signal handler must not: take locks and call the action.
 #include "host/tool/interrupt.hpp"
 
-#include "host/tool/exit_code.hpp"
+#include <system_error>
 
-#include <csignal>
-#include <thread>
-
-#include <pthread.h>
+#include <poll.h>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace tool {
 
 namespace {
 
-sigset_t signals() {
+constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGHUP};
+
+sigset_t signal_set() {
     sigset_t set;
     sigemptyset(&set);
-    for (int const signal : {SIGINT, SIGTERM, SIGHUP})
+    for (int const signal : ending_signals)
         sigaddset(&set, signal);
     return set;
 }
 
 }  // namespace
 
-struct INTERRUPT::THREAD {
-    sigset_t earlier_mask;
-    std::thread thread;
-};
-
-INTERRUPT::INTERRUPT() : thread_(std::make_unique<THREAD>()) {
-    sigset_t const set = signals();
-    pthread_sigmask(SIG_BLOCK, &set, &thread_->earlier_mask);
-    thread_->thread = std::thread([this] { wait(); });
+INTERRUPT::INTERRUPT() {
+    sigset_t const set = signal_set();
+    sigprocmask(SIG_BLOCK, &set, &earlier_mask_);
+    descriptor_ = signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (descriptor_ < 0)
+        throw std::system_error(errno, std::generic_category(), "signalfd");
 }
 
 INTERRUPT::~INTERRUPT() {
-    ending_ = true;
-    pthread_kill(thread_->thread.native_handle(), SIGTERM);
-    thread_->thread.join();
-    pthread_sigmask(SIG_SETMASK, &thread_->earlier_mask, nullptr);
+    // A signal that came last of all is not to end the program after all is done.
+    count();
+    close(descriptor_);
+    sigprocmask(SIG_SETMASK, &earlier_mask_, nullptr);
 }
 
-void INTERRUPT::wait() {
-    sigset_t const set = signals();
-    while (true) {
-        int signal = 0;
-        if (sigwait(&set, &signal) != 0 || ending_)
-            return;
-        std::lock_guard const guard(mutex_);
-        if (requested_) {
-            if (clean_up_)
-                clean_up_();
-            _exit(static_cast<int>(EXIT_CODE::interrupted));
-        }
-        requested_ = true;
-        if (stop_)
-            stop_();
-    }
+int INTERRUPT::count() {
+    signalfd_siginfo info;
+    while (read(descriptor_, &info, sizeof info) == sizeof info)
+        ++count_;
+    return count_;
 }
 
-void INTERRUPT::set_handlers(std::function<void()> stop, std::function<void()> clean_up) {
-    std::lock_guard const guard(mutex_);
-    stop_ = std::move(stop);
-    clean_up_ = std::move(clean_up);
-    if (requested_ && stop_)
-        stop_();
+bool INTERRUPT::wait(int milliseconds) {
+    pollfd entry = {descriptor_, POLLIN, 0};
+    poll(&entry, 1, milliseconds);
+    return count() > 0;
+}
+
+void INTERRUPT::restore_signals() {
+    sigset_t const set = signal_set();
+    for (int const signal : ending_signals)
+        std::signal(signal, SIG_DFL);
+    sigprocmask(SIG_UNBLOCK, &set, nullptr);
 }
 
 }  // namespace tool

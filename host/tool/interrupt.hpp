@@ -1,16 +1,12 @@
-// Ctrl-C and its relatives while actions run: the first asks the running action to stop, the second ends the program at
-// once, after whatever the action had half written is removed.
+// Ctrl-C and its relatives as something that can be waited for, together with other descriptors and without a thread:
+// the tool must stay single-threaded, because it forks.
 #pragma once
 
-#include <atomic>
-#include <functional>
-#include <memory>
-#include <mutex>
+#include <csignal>
 
 namespace tool {
 
-/// While one of these is alive, SIGINT, SIGTERM and SIGHUP come to it and to nobody else. The thread that makes it and
-/// every thread started afterwards has them blocked.
+/// While one of these is alive, SIGINT, SIGTERM and SIGHUP come to it and to nobody else.
 class INTERRUPT {
 public:
     INTERRUPT();
@@ -18,22 +14,20 @@ public:
     INTERRUPT& operator=(INTERRUPT const&) = delete;
     ~INTERRUPT();
 
-    bool is_requested() const { return requested_; }
+    /// Becomes readable when a signal has come.
+    int descriptor() const { return descriptor_; }
+    /// How many have come since this object was made.
+    int count();
+    /// Waits so long for a signal at most. Whether one has come.
+    bool wait(int milliseconds);
 
-    /// What to do when a signal comes: `stop` for the first (called at once when it has come already), `clean_up` for
-    /// the second, just before the program ends. Both run on another thread.
-    void set_handlers(std::function<void()> stop, std::function<void()> clean_up);
+    /// For a child process: signals act on it as they do on a fresh one.
+    static void restore_signals();
 
 private:
-    void wait();
-
-    struct THREAD;
-    std::unique_ptr<THREAD> thread_;
-    std::mutex mutex_;
-    std::function<void()> stop_;
-    std::function<void()> clean_up_;
-    std::atomic<bool> requested_{false};
-    std::atomic<bool> ending_{false};
+    sigset_t earlier_mask_;
+    int descriptor_ = -1;
+    int count_ = 0;
 };
 
 }  // namespace tool

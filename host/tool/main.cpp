@@ -1,6 +1,7 @@
 // The command `zab`: reads the command line, finds the subcommand and runs it. The only place that turns what happened
 // into an exit status.
 #include "host/tool/command.hpp"
+#include "host/tool/command_surface.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -25,6 +26,7 @@ std::vector<std::unique_ptr<COMMAND>> make_commands() {
     commands.push_back(make_command_info());
     commands.push_back(make_command_view());
     commands.push_back(make_command_compare());
+    commands.push_back(make_command_imgdb());
     commands.push_back(make_command_clean());
     return commands;
 }
@@ -85,9 +87,16 @@ EXIT_CODE run(int argc, char** argv) {
     std::string topic;
     CLI::App* const help = app.add_subcommand("help", "Print the help of a command and exit");
     help->add_option("COMMAND", topic, "The command; without it, the help of all of them");
+    std::string shell;
+    help->add_option("--completions", shell, "Print the completions for a shell: bash, zsh or fish")
+        ->type_name("SHELL");
+    bool wants_manual = false;
+    help->add_flag("--man", wants_manual, "Print the manual page, for man -l");
 
     auto const show_help = [&](CLI::App const* asked) {
-        std::string const text = asked == &app ? app.help() : asked->help("zab");
+        // The program's own help() answers with that of the command that was given, which is "help" itself.
+        std::string const text = asked == &app ? app.get_formatter()->make_help(&app, "zab", CLI::AppFormatMode::Normal)
+                                               : asked->help("zab");
         console.result(QString::fromStdString(text).trimmed());
         return EXIT_CODE::success;
     };
@@ -111,6 +120,14 @@ EXIT_CODE run(int argc, char** argv) {
     if (app.get_subcommands().empty()) {
         console.message(QString::fromStdString(app.help()).trimmed());
         return EXIT_CODE::wrong_use;
+    }
+    if (help->parsed() && (wants_manual || !shell.empty())) {
+        PROGRAM_SURFACE const surface = describe_program(app);
+        std::string const text = wants_manual ? manual_page(surface, ZAB_VERSION) : completion_script(surface, shell);
+        if (text.empty())
+            return refuse(QStringLiteral("there are no completions for \"%1\"").arg(argument(shell)));
+        console.result(QString::fromStdString(text).trimmed());
+        return CONSOLE::flush_results() ? EXIT_CODE::success : EXIT_CODE::environment;
     }
     if (help->parsed()) {
         CLI::App const* const asked = topic.empty() ? &app : find_subcommand(app, topic);

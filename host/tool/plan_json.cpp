@@ -25,13 +25,17 @@ QJsonArray to_json(PLAN const& plan) {
         for (PLANNED_ACTION::NEED const& need : planned.needs)
             depends.append(plan.actions[need.action].id);
         bool const is_error = planned.state == PLANNED_ACTION::STATE::error;
+        bool const is_up_to_date = planned.state == PLANNED_ACTION::STATE::up_to_date;
+        QString const state = is_error        ? QStringLiteral("error")
+                              : is_up_to_date ? QStringLiteral("up-to-date")
+                                              : QStringLiteral("run");
         actions.append(QJsonObject{
             {QStringLiteral("id"), planned.id},
             {QStringLiteral("name"), planned.name},
             {QStringLiteral("sources"), source_files(planned)},
             {QStringLiteral("targets"), target_files(planned)},
             {QStringLiteral("depends"), depends},
-            {QStringLiteral("state"), is_error ? QStringLiteral("error") : QStringLiteral("run")},
+            {QStringLiteral("state"), state},
             {QStringLiteral("reason"), planned.reason},
             {QStringLiteral("error"), is_error ? QJsonValue(planned.error) : QJsonValue()},
         });

@@ -2,11 +2,11 @@
 // among actions that are free, the processors' own order holds (Kahn's algorithm with a queue sorted by that order).
 #include "host/tool/planner.hpp"
 
+#include "host/framework/printable.hpp"
 #include "host/tool/target_guard.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <functional>
@@ -22,24 +22,36 @@ public:
     explicit PLANNER(BUILD_SESSION& session) : session_(session) {}
 
     PLAN plan() {
-        gather();
-        refuse_targets_outside();
-        find_producers();
+        take_in_new_actions(false);
+        if (session_.project().image_database) {
+            session_.files().sort();
+            session_.create_database_actions();
+            take_in_new_actions(true);
+        }
         connect();
         order();
         return std::move(plan_);
     }
 
 private:
-    void gather() {
-        for (auto const& action : session_.actions()) {
+    /// What the session has made since the last call.
+    void take_in_new_actions(bool are_last_step) {
+        std::size_t const first = plan_.actions.size();
+        gather(are_last_step);
+        refuse_targets_outside(first);
+        find_producers(first);
+    }
+
+    void gather(bool are_last_step) {
+        for (std::size_t i = plan_.actions.size(); i < session_.actions().size(); ++i) {
+            ACTION_INTERFACE* const action = session_.actions()[i].get();
             PLANNED_ACTION planned;
-            planned.id = static_cast<int>(plan_.actions.size()) + 1;
-            planned.action = action.get();
-            planned.name = action->get_name(true);
+            planned.id = static_cast<int>(i) + 1;
+            planned.action = action;
+            planned.is_last_step = are_last_step;
+            planned.name = framework::printable(action->get_name(true));
             QDateTime newest;
             action->get_affected_files(planned.sources, planned.targets, newest, session_.files(), session_.rules());
-            planned.reason = QStringLiteral("always built");
             if (!action->error().isEmpty()) {
                 planned.state = PLANNED_ACTION::STATE::error;
                 planned.error = action->error();
@@ -60,21 +72,22 @@ private:
                 RULE_VALUES::VALUE const* const value =
                     rule.exists() ? rule.values()->find(QLatin1String(property)) : nullptr;
                 if (value)
-                    places += QStringLiteral("%1:%2").arg(CONSOLE::shown(value->file)).arg(value->line);
+                    places += QStringLiteral("%1:%2").arg(CONSOLE::shown(value->file), QString::number(value->line));
             }
         }
         places.removeDuplicates();
         return places.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(places.join(QStringLiteral(", ")));
     }
 
-    void refuse_targets_outside() {
+    void refuse_targets_outside(std::size_t first) {
         TARGET_GUARD guard(session_.project().working);
-        for (PLANNED_ACTION& planned : plan_.actions) {
+        for (std::size_t i = first; i < plan_.actions.size(); ++i) {
+            PLANNED_ACTION& planned = plan_.actions[i];
             if (planned.state == PLANNED_ACTION::STATE::error)
                 continue;
             for (ACTION_INTERFACE::TARGET_FILE const& target : qAsConst(planned.targets)) {
                 QString const refusal = guard.refusal(target.physical_path);
-                if (refusal.isEmpty())
+                if (refusal.isEmpty() || is_fragment_beside_source(planned, target))
                     continue;
                 planned.state = PLANNED_ACTION::STATE::error;
                 planned.error = refusal + target_rules(planned);
@@ -84,8 +97,8 @@ private:
         }
     }
 
-    void find_producers() {
-        for (std::size_t i = 0; i < plan_.actions.size(); ++i) {
+    void find_producers(std::size_t first_new) {
+        for (std::size_t i = first_new; i < plan_.actions.size(); ++i) {
             PLANNED_ACTION const& planned = plan_.actions[i];
             if (planned.state == PLANNED_ACTION::STATE::error)
                 continue;
@@ -99,9 +112,13 @@ private:
                     continue;
                 }
                 producers_.insert(file, i);
+                // The database step lists what there will be.
+                if (session_.project().image_database && !session_.files().contains(target.logical_path))
+                    session_.know_file(target.physical_path, target.logical_path);
                 if (FILE_ENTRY* const entry = session_.files().value(target.logical_path))
                     entry->producers.append(planned.action);
-                session_.asset_graph().add_texture(target.logical_path);
+                session_.asset_graph().add_texture(
+                    target.logical_path, planned.sources.isEmpty() ? QString() : planned.sources.first().text());
             }
         }
     }
@@ -139,6 +156,10 @@ private:
                 if (producer != producers_.constEnd())
                     need(*producer, false);
             }
+            // Any action may make files that it does not announce.
+            for (std::size_t other = 0; planned.is_last_step && other < i; ++other)
+                if (!plan_.actions[other].is_last_step)
+                    need(other, true);
         }
     }
 
@@ -208,6 +229,21 @@ private:
 
 }  // namespace
 
+bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE const& target) {
+    if (!target.logical_path.text().endsWith(QLatin1String(".agf")))
+        return false;
+    return std::any_of(planned.sources.begin(), planned.sources.end(), [&](LOGICAL_PATH const& source) {
+        int const folder = source.text().lastIndexOf(u'/') + 1;
+        QString const stem = source.section(u'.', 0, -2) + u'.';
+        return target.logical_path.text().startsWith(stem) &&
+               target.logical_path.text().lastIndexOf(u'/') + 1 == folder;
+    });
+}
+
+bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target) {
+    return target.temporary && target.logical_path.text().startsWith(QLatin1String("<raw>/"));
+}
+
 PLAN make_plan(BUILD_SESSION& session) {
     return PLANNER(session).plan();
 }
@@ -225,50 +261,27 @@ void restrict_plan(PLAN& plan, std::vector<QString> const& paths) {
             for (PLANNED_ACTION::NEED const& need : planned.needs)
                 wanted[need.action] = true;
     }
+    keep_actions(plan, wanted);
+}
+
+void keep_actions(PLAN& plan, std::vector<bool> const& is_wanted) {
     std::vector<std::size_t> place(plan.actions.size());
     std::vector<PLANNED_ACTION> kept;
     for (std::size_t i = 0; i < plan.actions.size(); ++i) {
         place[i] = kept.size();
-        if (wanted[i])
+        if (is_wanted[i])
             kept.push_back(std::move(plan.actions[i]));
     }
-    for (PLANNED_ACTION& planned : kept)
+    for (PLANNED_ACTION& planned : kept) {
+        std::erase_if(planned.needs, [&](PLANNED_ACTION::NEED const& need) { return !is_wanted[need.action]; });
         for (PLANNED_ACTION::NEED& need : planned.needs)
             need.action = place[need.action];
+    }
     plan.actions = std::move(kept);
 }
 
 QString shown_file(LOGICAL_PATH const& path) {
     return CONSOLE::shown(PATHS::physical_path(path));
-}
-
-EXIT_CODE open_and_plan(CONTEXT& context, BUILD_SESSION& session, std::vector<std::string> const& paths,
-                        std::optional<PLAN>& plan) {
-    if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
-        return code;
-    std::vector<QString> wanted;
-    for (std::string const& given : paths) {
-        std::optional<QString> const path = session.project_path(given);
-        if (!path) {
-            context.console.error(QStringLiteral("%1 lies in neither data folder of the project").arg(argument(given)));
-            return EXIT_CODE::wrong_use;
-        }
-        if (!QFileInfo::exists(PATHS::physical_path(LOGICAL_PATH(*path)))) {
-            context.console.error(QStringLiteral("%1 does not exist").arg(argument(given)));
-            return EXIT_CODE::wrong_use;
-        }
-        wanted.push_back(*path);
-    }
-    plan = make_plan(session);
-    if (!wanted.empty() && plan->conflicts.empty()) {
-        restrict_plan(*plan, wanted);
-        if (plan->actions.empty())
-            context.console.warning(QStringLiteral("no action reads what is asked for; \"zab explain\" tells of a "
-                                                   "file's rules"));
-    }
-    for (QString const& conflict : plan->conflicts)
-        context.console.error(conflict);
-    return plan->conflicts.empty() ? EXIT_CODE::success : EXIT_CODE::wrong_use;
 }
 
 }  // namespace tool

@@ -5,12 +5,10 @@
 #include "host/framework/diagnostic.hpp"
 #include "host/tool/build_session.hpp"
 
-#include <optional>
-
 namespace tool {
 
 struct PLANNED_ACTION {
-    enum class STATE { run, error };
+    enum class STATE { run, up_to_date, error };
 
     struct NEED {
         /// Place in the plan.
@@ -28,13 +26,25 @@ struct PLANNED_ACTION {
     QVector<ACTION_INTERFACE::TARGET_FILE> targets;
     std::vector<NEED> needs;
     STATE state = STATE::run;
-    /// Why it runs.
+    /// Why it runs; empty when it need not.
     QString reason;
+    /// Something that it needs runs too. What that makes decides whether this one really runs.
+    bool awaits_needs = false;
     /// Why it cannot succeed: the host's refusal, or what the processor found wrong.
     QString error;
     /// The host refuses to run it at all.
     bool refused = false;
+    /// It reads whatever the others have made, so it runs after all of them.
+    bool is_last_step = false;
 };
+
+/// Whether the target is the asset-graph fragment of one of the action's sources, in the source's own folder. Fragments
+/// stand there even in the raw folder, where nothing else is ever written.
+bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE const& target);
+
+/// Whether the target is a file of the raw folder that was there before, and that the action takes away when it
+/// succeeds. Nobody else may.
+bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target);
 
 struct PLAN {
     /// In the order in which they run.
@@ -42,6 +52,8 @@ struct PLAN {
     /// What makes the plan as a whole impossible: two actions with one target, actions that wait for each other. Each
     /// is one message, maybe of several lines. A build does not start while there is any.
     std::vector<QString> conflicts;
+    /// Actions that were taken out because they are up to date.
+    std::size_t up_to_date = 0;
 };
 
 PLAN make_plan(BUILD_SESSION& session);
@@ -52,9 +64,7 @@ void restrict_plan(PLAN& plan, std::vector<QString> const& paths);
 /// A project path as people see it: where the file lies, relative to the current folder when it is in it.
 QString shown_file(LOGICAL_PATH const& path);
 
-/// Opens the session and plans; what `plan` is left empty for has been reported. `paths` are from the command line and
-/// restrict the plan when there are any.
-EXIT_CODE open_and_plan(CONTEXT& context, BUILD_SESSION& session, std::vector<std::string> const& paths,
-                        std::optional<PLAN>& plan);
+/// Keeps the actions for which `is_wanted` holds, in their order, and no needs of others.
+void keep_actions(PLAN& plan, std::vector<bool> const& is_wanted);
 
 }  // namespace tool

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QLibrary>
 
 #include <algorithm>
 
@@ -35,6 +36,8 @@ bool PLUGIN_HOST::load(QString const& path, QString& error) {
         processors_.emplace_back(processor);
     std::stable_sort(processors_.begin(), processors_.end(),
                      [](auto const& left, auto const& right) { return left->priority() > right->priority(); });
+    image_database_ =
+        reinterpret_cast<CREATE_IMAGE_DATABASE_ACTION*>(QLibrary(file).resolve(create_image_database_action_name));
     return true;
 }
 

@@ -1,6 +1,6 @@
 #include "host/tool/progress.hpp"
 
-#include <chrono>
+#include <algorithm>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -10,13 +10,51 @@ namespace tool {
 namespace {
 
 constexpr std::chrono::milliseconds interval(100);
+// Before that a guess at the rest is worth nothing.
+constexpr std::chrono::seconds before_estimate(2);
 
 int terminal_width() {
     winsize size = {};
     return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
+// Unicode Standard Annex 11, the blocks that are wide throughout.
+int columns_of(uint character) {
+    switch (QChar::category(character)) {
+    case QChar::Mark_NonSpacing:
+    case QChar::Mark_Enclosing:
+    case QChar::Other_Format:
+        return 0;
+    default:
+        break;
+    }
+    bool const is_wide = (character >= 0x1100 && character <= 0x115f) || (character >= 0x2e80 && character <= 0xa4cf) ||
+                         (character >= 0xac00 && character <= 0xd7a3) || (character >= 0xf900 && character <= 0xfaff) ||
+                         (character >= 0xfe30 && character <= 0xfe6f) || (character >= 0xff01 && character <= 0xff60) ||
+                         (character >= 0x1f300 && character <= 0x1faff) ||
+                         (character >= 0x20000 && character <= 0x3fffd);
+    return is_wide ? 2 : 1;
+}
+
 }  // namespace
+
+QString cut_to_width(QString const& text, int columns) {
+    static QString const ending = QStringLiteral("...");
+    QVector<uint> characters = text.toUcs4();
+    int width = 0;
+    // Where to cut if the text turns out too long.
+    int cut = 0;
+    for (int i = 0; i < characters.size(); ++i) {
+        if (QChar::category(characters[i]) == QChar::Other_Control)
+            characters[i] = '?';
+        width += columns_of(characters[i]);
+        if (width + ending.size() <= columns)
+            cut = i + 1;
+    }
+    if (width <= columns)
+        return QString::fromUcs4(characters.constData(), characters.size());
+    return (QString::fromUcs4(characters.constData(), cut) + ending).left(std::max(0, columns));
+}
 
 PROGRESS_LINE::PROGRESS_LINE(CONSOLE& console)
     : console_(console),
@@ -28,73 +66,89 @@ PROGRESS_LINE::~PROGRESS_LINE() {
 }
 
 void PROGRESS_LINE::run_started(PLAN const& plan) {
-    if (!is_active_)
-        return;
     total_ = plan.actions.size();
-    console_.set_line_in_progress(
-        [this] {
-            if (is_drawn_)
-                console_.write_raw(QStringLiteral("\r\x1b[K"));
-            is_drawn_ = false;
-        },
-        {});
-    thread_ = std::thread([this] { draw_repeatedly(); });
+    begin_ = CLOCK::now();
+    last_ = begin_;
+    if (is_active_)
+        console_.set_line_in_progress([this] { clear(); }, {});
 }
 
 void PROGRESS_LINE::action_started(PLANNED_ACTION const& planned) {
-    auto const lock = console_.lock();
-    running_ = &planned;
+    running_.push_back({&planned, -1});
 }
 
-void PROGRESS_LINE::action_finished(PLANNED_ACTION const&, ACTION_RESULT const& result) {
-    auto const lock = console_.lock();
-    running_ = nullptr;
+void PROGRESS_LINE::progress(PLANNED_ACTION const& planned, int value, int maximum) {
+    for (RUNNING& running : running_)
+        if (running.planned == &planned && maximum > 0)
+            running.percent = static_cast<int>(qint64(100) * std::clamp(value, 0, maximum) / maximum);
+}
+
+void PROGRESS_LINE::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
+    std::erase_if(running_, [&](RUNNING const& running) { return running.planned == &planned; });
     ++finished_;
     failed_ += result.status == ACTION_RESULT::STATUS::failed ? 1 : 0;
+}
+
+void PROGRESS_LINE::action_is_up_to_date(PLANNED_ACTION const&) {
+    auto const lock = console_.lock();
+    ++finished_;
 }
 
 void PROGRESS_LINE::run_finished(RUN_COUNTS const&) {
     stop();
 }
 
-void PROGRESS_LINE::stop() {
-    if (!thread_.joinable())
+void PROGRESS_LINE::time_passed() {
+    CLOCK::time_point const now = CLOCK::now();
+    if (!is_active_ || now - last_ < interval)
         return;
-    {
-        auto const lock = console_.lock();
-        ending_ = true;
-    }
-    wake_.notify_all();
-    thread_.join();
-    console_.set_line_in_progress({}, {});
+    QString const line = text();
+    auto const lock = console_.lock();
+    if (is_drawn_ && line == drawn_)
+        return;
+    console_.write_raw(QStringLiteral("\r\x1b[K") + line);
+    is_drawn_ = true;
+    drawn_ = line;
+    last_ = now;
 }
 
-void PROGRESS_LINE::draw_repeatedly() {
-    auto lock = console_.lock();
-    QString shown;
-    while (!wake_.wait_for(lock, interval, [this] { return ending_; })) {
-        QString const now = text();
-        if (is_drawn_ && now == shown)
-            continue;
-        console_.write_raw(QStringLiteral("\r\x1b[K") + now);
-        shown = now;
-        is_drawn_ = true;
-    }
+void PROGRESS_LINE::clear() {
+    if (is_drawn_)
+        console_.write_raw(QStringLiteral("\r\x1b[K"));
+    is_drawn_ = false;
+}
+
+void PROGRESS_LINE::stop() {
+    if (is_active_)
+        console_.set_line_in_progress({}, {});
+    is_active_ = false;
+}
+
+QString PROGRESS_LINE::time_left() const {
+    CLOCK::duration const passed = CLOCK::now() - begin_;
+    if (finished_ == 0 || passed < before_estimate)
+        return {};
+    auto const left = passed / static_cast<qint64>(finished_) * static_cast<qint64>(total_ - finished_);
+    qint64 const seconds = std::chrono::duration_cast<std::chrono::seconds>(left).count();
+    QString const minutes_and_seconds =
+        QStringLiteral("%1:%2").arg(seconds / 60 % 60, 2, 10, QChar(u'0')).arg(seconds % 60, 2, 10, QChar(u'0'));
+    return seconds < 3600 ? QStringLiteral(" about %1 left").arg(minutes_and_seconds)
+                          : QStringLiteral(" about %1:%2 left").arg(seconds / 3600).arg(minutes_and_seconds);
 }
 
 QString PROGRESS_LINE::text() const {
     QString line = QStringLiteral("[%1/%2]").arg(finished_).arg(total_);
     if (failed_ > 0)
         line += QStringLiteral(" %1 failed").arg(failed_);
-    if (running_) {
-        line += u' ' + running_->name;
-        int const maximum = running_->action->progress_max();
-        if (maximum > 0)
-            line += QStringLiteral(" %1%").arg(qint64(100) * running_->action->progress() / maximum);
-    }
+    line += time_left();
+    QStringList names;
+    for (RUNNING const& running : running_)
+        names += running.percent < 0 ? running.planned->name
+                                     : QStringLiteral("%1 %2%").arg(running.planned->name).arg(running.percent);
+    if (!names.isEmpty())
+        line += u' ' + names.join(QStringLiteral(", "));
     // A line that wraps could not be taken back.
-    int const width = terminal_width() - 1;
-    return line.size() > width ? line.left(std::max(0, width - 3)) + QStringLiteral("...") : line;
+    return cut_to_width(line, terminal_width() - 1);
 }
 
 }  // namespace tool

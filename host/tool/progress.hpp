@@ -3,8 +3,8 @@
 
 #include "host/tool/runner.hpp"
 
-#include <condition_variable>
-#include <thread>
+#include <chrono>
+#include <vector>
 
 namespace tool {
 
@@ -18,25 +18,41 @@ public:
 
     void run_started(PLAN const& plan) override;
     void action_started(PLANNED_ACTION const& planned) override;
+    void progress(PLANNED_ACTION const& planned, int value, int maximum) override;
     void action_finished(PLANNED_ACTION const& planned, ACTION_RESULT const& result) override;
+    void action_is_up_to_date(PLANNED_ACTION const& planned) override;
     void run_finished(RUN_COUNTS const& counts) override;
+    void time_passed() override;
 
 private:
-    void draw_repeatedly();
+    using CLOCK = std::chrono::steady_clock;
+
+    struct RUNNING {
+        PLANNED_ACTION const* planned;
+        /// Of 100; below 0 for actions that do not tell.
+        int percent;
+    };
+
     QString text() const;
+    QString time_left() const;
+    void clear();
     void stop();
 
     CONSOLE& console_;
     bool is_active_;
-    std::thread thread_;
-    std::condition_variable wake_;
-    bool ending_ = false;
-    // What follows is guarded by the console's lock.
     bool is_drawn_ = false;
+    QString drawn_;
+    CLOCK::time_point begin_;
+    CLOCK::time_point last_;
     std::size_t total_ = 0;
     std::size_t finished_ = 0;
     std::size_t failed_ = 0;
-    PLANNED_ACTION const* running_ = nullptr;
+    /// In the order in which they started.
+    std::vector<RUNNING> running_;
 };
+
+/// The text, cut so that a terminal shows it in so many columns: wide characters take two, and what would move the
+/// cursor shows as "?".
+QString cut_to_width(QString const& text, int columns);
 
 }  // namespace tool

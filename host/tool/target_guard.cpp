@@ -3,28 +3,52 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <filesystem>
+#include <list>
+#include <string>
+#include <system_error>
+
 namespace tool {
 
 namespace {
 
-// Where the path would lie if it were made: the deepest folder that exists, with its links resolved, and the rest.
+namespace fs = std::filesystem;
+
+/// As many links as the Linux kernel follows in one path (path_resolution(7)).
+constexpr int most_links = 40;
+
+/// Where an absolute path leads when every link on the way is followed, those included that lead to what is not there
+/// yet: whoever makes it goes the same way. Empty when links go round in a circle.
 QString real_path(QString const& path) {
-    QString existing = path;
-    QString rest;
-    while (true) {
-        QFileInfo const info(existing);
-        QString const real = info.canonicalFilePath();
-        if (!real.isEmpty())
-            return QDir::cleanPath(real + rest);
-        // A link that leads nowhere yet is followed by whoever makes the folder.
-        if (info.isSymLink())
-            return QDir::cleanPath(info.symLinkTarget() + rest);
-        QString const parent = info.path();
-        if (parent == existing)
-            return path;
-        rest = existing.mid(parent == QLatin1String("/") ? 0 : parent.size()) + rest;
-        existing = parent;
+    auto const sections = [](fs::path const& of) {
+        return std::list<fs::path>(of.begin(), of.end());
+    };
+    std::list<fs::path> left = sections(fs::u8path(path.toUtf8().toStdString()));
+    fs::path real = "/";
+    int links = 0;
+    while (!left.empty()) {
+        fs::path const section = std::move(left.front());
+        left.pop_front();
+        if (section.empty() || section == "." || section.is_absolute())
+            continue;
+        if (section == "..") {
+            real = real.parent_path();
+            continue;
+        }
+        std::error_code error;
+        fs::path const next = real / section;
+        if (!fs::is_symlink(next, error)) {
+            real = next;
+            continue;
+        }
+        fs::path const leads_to = fs::read_symlink(next, error);
+        if (error || ++links > most_links)
+            return {};
+        if (leads_to.is_absolute())
+            real = "/";
+        left.splice(left.begin(), sections(leads_to));
     }
+    return QString::fromStdString(real.string());
 }
 
 bool is_inside(QString const& path, QString const& folder) {
@@ -40,15 +64,19 @@ QString TARGET_GUARD::refusal(QString const& path) {
     QString const clean = QDir::cleanPath(path);
     if (!is_inside(clean, root_))
         return QStringLiteral("the target \"%1\" lies outside the working root \"%2\"").arg(clean, root_);
-    // The file itself may be a link: it is replaced, not followed. Its folders are followed.
-    QString const folder = QFileInfo(clean).path();
-    auto known = real_folders_.find(folder);
-    if (known == real_folders_.end())
-        known = real_folders_.insert(folder, real_path(folder));
-    if (*known == real_root_ || is_inside(*known, real_root_))
-        return {};
-    return QStringLiteral("the target \"%1\" lies outside the working root \"%2\": a link leads to \"%3\"")
-        .arg(clean, root_, *known);
+    // The file itself may be a link: it is replaced, not followed. Its folders are followed. A ".." behind a link means
+    // one thing to the system and another to the eye, so the path is looked at as it was given, too.
+    for (QString const& folder : {QFileInfo(clean).path(), QFileInfo(path).path()}) {
+        auto known = real_folders_.find(folder);
+        if (known == real_folders_.end())
+            known = real_folders_.insert(folder, real_path(folder));
+        if (known->isEmpty() || real_root_.isEmpty())
+            return QStringLiteral("the target \"%1\" lies behind links that go round in a circle").arg(clean);
+        if (*known != real_root_ && !is_inside(*known, real_root_))
+            return QStringLiteral("the target \"%1\" lies outside the working root \"%2\": a link leads to \"%3\"")
+                .arg(clean, root_, *known);
+    }
+    return {};
 }
 
 }  // namespace tool

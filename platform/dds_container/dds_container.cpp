@@ -9,6 +9,9 @@ namespace dds_container {
 
 namespace {
 
+using checked_size::saturating_product;
+using checked_size::saturating_sum;
+
 // Offsets of the header's fields from the start of the file.
 enum FIELD : std::size_t {
     magic = 0,
@@ -45,16 +48,6 @@ constexpr std::uint32_t dx10_premultiplied = 2;
 
 enum DX10_DIMENSION : std::uint32_t { texture_1d = 2, texture_2d = 3, texture_3d = 4 };
 
-constexpr std::uint64_t more_than_any = std::numeric_limits<std::uint64_t>::max();
-
-std::uint64_t saturating_product(std::uint64_t a, std::uint64_t b) {
-    return b != 0 && a > more_than_any / b ? more_than_any : a * b;
-}
-
-std::uint64_t saturating_sum(std::uint64_t a, std::uint64_t b) {
-    return a > more_than_any - b ? more_than_any : a + b;
-}
-
 class HEADER_VIEW {
 public:
     explicit HEADER_VIEW(std::span<std::uint8_t const> bytes) : bytes_(bytes) {}
@@ -75,7 +68,7 @@ std::string sides_text(DDS_DESCRIPTION const& description) {
     return text;
 }
 
-/// Bytes of one row and of one slice. Sides are within the bounds, so nothing here can overflow.
+/// Bytes of one row and of one slice.
 std::uint64_t row_bytes(DDS_DESCRIPTION const& description, std::uint32_t level_width) {
     return description.bytes_per_block != 0
                ? std::uint64_t{level_width / 4 + (level_width % 4 != 0)} * description.bytes_per_block
@@ -84,19 +77,19 @@ std::uint64_t row_bytes(DDS_DESCRIPTION const& description, std::uint32_t level_
 
 std::uint64_t slice_bytes(DDS_DESCRIPTION const& description, std::uint32_t level) {
     std::uint32_t const rows = level_side(description.height, level);
-    return row_bytes(description, level_side(description.width, level)) *
-           (description.bytes_per_block != 0 ? rows / 4 + (rows % 4 != 0) : rows);
+    return saturating_product(row_bytes(description, level_side(description.width, level)),
+                              description.bytes_per_block != 0 ? rows / 4 + (rows % 4 != 0) : rows);
 }
 
 std::uint64_t level_bytes(DDS_DESCRIPTION const& description, std::uint32_t level) {
-    return slice_bytes(description, level) * level_side(description.depth, level);
+    return saturating_product(slice_bytes(description, level), level_side(description.depth, level));
 }
 
 /// Bytes of one face with all its levels.
 std::uint64_t face_bytes(DDS_DESCRIPTION const& description) {
     std::uint64_t sum = 0;
     for (std::uint32_t level = 0; level < description.mip_count; ++level) {
-        sum += level_bytes(description, level);
+        sum = saturating_sum(sum, level_bytes(description, level));
     }
     return sum;
 }
@@ -263,7 +256,7 @@ std::optional<DDS_DESCRIPTION> read_dds(std::span<std::uint8_t const> file, std:
 }
 
 std::uint64_t payload_size(DDS_DESCRIPTION const& description) {
-    return saturating_product(face_bytes(description) * description.face_count, description.array_size);
+    return saturating_product(face_bytes(description), description.face_count, description.array_size);
 }
 
 std::optional<DDS_SURFACE> find_surface(DDS_DESCRIPTION const& description, std::uint32_t element, std::uint32_t face,
@@ -282,7 +275,7 @@ std::optional<DDS_SURFACE> find_surface(DDS_DESCRIPTION const& description, std:
     for (std::uint32_t before = 0; before < level; ++before) {
         surface.offset = saturating_sum(surface.offset, level_bytes(description, before));
     }
-    surface.offset = saturating_sum(surface.offset, surface.size * slice);
+    surface.offset = saturating_sum(surface.offset, saturating_product(surface.size, slice));
     surface.offset = saturating_sum(surface.offset, description.header_size());
     return surface;
 }
@@ -330,11 +323,11 @@ write_dds(DDS_DESCRIPTION const& given, std::span<std::span<std::uint8_t const> 
                     " bytes, but " + std::to_string(surfaces[i].size()) + " were given";
             return std::nullopt;
         }
-        total += needed;
+        total = saturating_sum(total, needed);
     }
 
     std::vector<std::uint8_t> file;
-    file.reserve(total);
+    file.reserve(checked_size::memory_size(total));
     file.resize(description.header_size());
     auto const put = [&](FIELD at, std::uint32_t value) {
         for (std::size_t i = 0; i < 4; ++i) {

@@ -3,6 +3,7 @@
 // from it (a mip count of 0, a depth of 0, few flags set), the fields are believed and the flags are not.
 #pragma once
 
+#include "platform/checked_size.hpp"
 #include "platform/dds_container/dxgi_format.hpp"
 
 #include <array>
@@ -15,10 +16,9 @@
 
 namespace dds_container {
 
-/// Bounds on what a header may announce; checked before memory is taken for anything. A side of 65,536 is four times
-/// what graphics hardware takes.
-inline constexpr std::uint32_t largest_side = 65536;
-inline constexpr std::uint64_t most_texels_per_surface = std::uint64_t{1} << 28;
+/// Bounds on what a header may announce; checked before memory is taken for anything.
+inline constexpr std::uint32_t largest_side = checked_size::largest_side;
+inline constexpr std::uint64_t most_texels_per_surface = checked_size::most_texels;
 
 inline constexpr std::size_t legacy_header_size = 128;
 inline constexpr std::size_t dx10_header_size = 148;

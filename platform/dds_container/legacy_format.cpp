@@ -116,6 +116,8 @@ bool read_legacy_format(LEGACY_PIXEL_FORMAT const& stored, DDS_DESCRIPTION& desc
     if (is_signed || (stored.flags & (LEGACY_PIXEL_FORMAT::alpha_pixels_flag | LEGACY_PIXEL_FORMAT::alpha_only_flag))) {
         masks.alpha = stored.alpha;
     }
+    // Without a mask for it there is no luminance, only what alpha there is.
+    masks.is_luminance = masks.is_luminance && masks.red != 0;
 
     std::uint32_t const bits = masks.bits_per_texel;
     if (bits != 8 && bits != 16 && bits != 24 && bits != 32) {

@@ -1,6 +1,7 @@
 #include "platform/directxtex/operations.hpp"
 
 #include "blocks/encode.hpp"
+#include "platform/checked_size.hpp"
 
 #include <omp.h>
 
@@ -90,7 +91,7 @@ CURVE colour_curve(bool source_is_srgb, bool target_is_srgb) {
 
 /// The image's texels as the encoders take them: red first.
 IMAGE_LOADER::IMAGE_BYTES encoder_texels(Image const& image, CURVE const& curve) {
-    IMAGE_LOADER::IMAGE_BYTES texels(4 * image.width * image.height);
+    IMAGE_LOADER::IMAGE_BYTES texels(checked_size::memory_size(4u, image.width, image.height));
     std::size_t const red = has_blue_first(image.format) ? 2 : 0;
     std::uint8_t* out = texels.data();
     for (std::size_t y = 0; y < image.height; ++y) {

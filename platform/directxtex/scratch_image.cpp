@@ -31,8 +31,7 @@ HRESULT ScratchImage::Initialize2D(DXGI_FORMAT format, std::size_t width, std::s
     Release();
     DXGI_FORMAT_INFO const& info = info_of(format);
     if ((info.bytes_per_texel == 0 && info.bytes_per_block == 0) || width == 0 || height == 0 ||
-        std::max(width, height) > dds_container::largest_side ||
-        std::uint64_t{width} * height > dds_container::most_texels_per_surface || array_size != 1) {
+        !checked_size::is_within_bounds(width, height) || array_size != 1) {
         return E_INVALIDARG;
     }
     auto const columns = static_cast<std::uint32_t>(width);

@@ -14,6 +14,9 @@ namespace IMAGE_LOADER {
 
 namespace {
 
+using checked_size::saturating_product;
+using checked_size::saturating_sum;
+
 using TEXEL = std::array<std::uint8_t, 4>;
 
 std::uint32_t word_16(std::uint8_t const* bytes) {
@@ -167,7 +170,7 @@ bool decode_blocks(TEXEL_FORMAT_INFO const& format, std::span<std::uint8_t const
     if (row_pitch == tight_pitch) {
         return blocks::decode_image_rgba8(format.block, bytes, width, height, rgba);
     }
-    IMAGE_BYTES tight(level_bytes(format.format, width, height));
+    IMAGE_BYTES tight(checked_size::memory_size(level_bytes(format.format, width, height)));
     for (std::uint32_t row = 0; row < surface_rows(format.format, height); ++row) {
         std::memcpy(tight.data() + row * tight_pitch, bytes.data() + row * row_pitch, tight_pitch);
     }
@@ -230,7 +233,7 @@ bool convert_checked(IMAGE const& source, std::uint32_t source_level, IMAGE& des
         }
         return true;
     }
-    IMAGE_BYTES rgba(tight_pitch * height);
+    IMAGE_BYTES rgba(checked_size::memory_size(tight_pitch, height));
     if (!decode_surface(format, from, from_pitch, width, height, rgba, cause)) {
         return false;
     }
@@ -249,7 +252,8 @@ bool decode_surface(TEXEL_FORMAT_INFO const& format, std::span<std::uint8_t cons
         is_block_format ? tight_row_pitch(format.format, width) : std::uint64_t{width} * format.bytes_per_texel;
     std::uint64_t const rows = is_block_format ? blocks::blocks_across(height) : height;
     if (format.kind == TEXEL_KIND::none || width == 0 || height == 0 || row_pitch < tight_pitch ||
-        bytes.size() < (rows - 1) * row_pitch + tight_pitch || rgba.size() < std::uint64_t{4} * width * height) {
+        bytes.size() < saturating_sum(saturating_product(rows - 1, row_pitch), tight_pitch) ||
+        rgba.size() < saturating_product(4u, width, height)) {
         cause = "the texels of the format " + std::string(format.name) + " do not fill the surface";
         return false;
     }

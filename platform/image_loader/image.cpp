@@ -23,8 +23,7 @@ std::string extent_problem(std::uint32_t width, std::uint32_t height, std::uint3
     if (width == 0 || height == 0) {
         return "an image of " + sides + " texels is empty";
     }
-    if (largest > dds_container::largest_side ||
-        std::uint64_t{width} * height > dds_container::most_texels_per_surface) {
+    if (!checked_size::is_within_bounds(width, height)) {
         return "an image of " + sides + " texels is too large";
     }
     if (levels == 0 || levels > dds_container::full_chain_length(largest)) {
@@ -87,7 +86,8 @@ void IMAGE::lay_out(std::uint8_t* texels) {
 
 void IMAGE::allocate() {
     try {
-        owned_.resize(chain_bytes(info_.texel_format, info_.width, info_.height, info_.number_of_mips));
+        owned_.resize(checked_size::memory_size(
+            chain_bytes(info_.texel_format, info_.width, info_.height, info_.number_of_mips)));
     } catch (std::bad_alloc const&) {
         fail("there is not enough memory for an image of " + std::to_string(info_.width) + " x " +
              std::to_string(info_.height) + " texels");
@@ -190,7 +190,7 @@ IMAGE::IMAGE(IMAGE_INFO info) {
         std::uint64_t const tight_pitch = tight_row_pitch(info_.texel_format, level_width(level));
         std::uint64_t const rows = surface_rows(info_.texel_format, level_height(level));
         if (surface.bytes == 0) {
-            surface.bytes = surface.row_pitch * rows;
+            surface.bytes = checked_size::saturating_product(surface.row_pitch, rows);
         }
         if (surface.texels == nullptr || surface.row_pitch < tight_pitch ||
             (surface.bytes - tight_pitch) / surface.row_pitch < rows - 1 || surface.bytes < tight_pitch) {

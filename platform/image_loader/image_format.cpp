@@ -117,14 +117,15 @@ std::uint32_t surface_rows(TEXTURE_TEXEL_FORMAT format, std::uint32_t height) {
 }
 
 std::uint64_t level_bytes(TEXTURE_TEXEL_FORMAT format, std::uint32_t width, std::uint32_t height) {
-    return tight_row_pitch(format, width) * surface_rows(format, height);
+    return checked_size::saturating_product(tight_row_pitch(format, width), surface_rows(format, height));
 }
 
 std::uint64_t chain_bytes(TEXTURE_TEXEL_FORMAT format, std::uint32_t width, std::uint32_t height,
                           std::uint32_t levels) {
     std::uint64_t sum = 0;
     for (std::uint32_t level = 0; level < levels; ++level) {
-        sum += level_bytes(format, dds_container::level_side(width, level), dds_container::level_side(height, level));
+        sum = checked_size::saturating_sum(sum, level_bytes(format, dds_container::level_side(width, level),
+                                                            dds_container::level_side(height, level)));
     }
     return sum;
 }

@@ -1,5 +1,6 @@
 #include "platform/image_loader/load_image_file.hpp"
 
+#include "platform/checked_size.hpp"
 #include "platform/qe/read_pixels.hpp"
 
 #include <cctype>
@@ -35,6 +36,11 @@ std::optional<std::vector<std::uint8_t>> read_whole_file(std::filesystem::path c
     QE::FileIn file(QE::String(path.string()));
     if (!file.is_open()) {
         cause = "the file cannot be opened";
+        return std::nullopt;
+    }
+    if (file.size() > checked_size::most_file_bytes) {
+        cause = "the file has " + std::to_string(file.size()) + " bytes, more than the " +
+                std::to_string(checked_size::most_file_bytes) + " that an image file may have";
         return std::nullopt;
     }
     try {

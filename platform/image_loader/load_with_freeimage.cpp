@@ -2,13 +2,14 @@
 // conversions drop alpha of some types and stretch the range of others.
 #include "platform/image_loader/load_with_freeimage.hpp"
 
+#include "platform/checked_size.hpp"
+#include "platform/image_loader/coded_file_bounds.hpp"
 #include "platform/image_loader/exchange_red_and_blue.hpp"
 #include "platform/image_loader/quiet_tiff.hpp"
 #include "platform/image_loader/tif_layout.hpp"
 
 #include <FreeImage.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -46,37 +47,6 @@ LIBRARY_KIND library_kind(IMAGE_FORMAT format) {
     default:
         return {FIF_UNKNOWN, 0, "unknown"};
     }
-}
-
-/// Whether the texels of a JPG go on to its end mark. The decoder fills what is missing with grey and calls it a
-/// warning. Segments in front of the texels are stepped over, since a thumbnail in one has an end mark of its own.
-bool jpg_is_whole(std::span<std::uint8_t const> file) {
-    constexpr std::uint8_t start_of_scan = 0xda;
-    constexpr std::uint8_t end_of_image = 0xd9;
-    std::size_t at = 2;
-    while (at + 4 <= file.size() && file[at] == 0xff) {
-        std::uint8_t const marker = file[at + 1];
-        if (marker == 0xff) {
-            ++at;
-            continue;
-        }
-        at += 2 + static_cast<std::size_t>(file[at + 2] << 8 | file[at + 3]);
-        if (marker == start_of_scan) {
-            break;
-        }
-    }
-    for (; at + 2 <= file.size(); ++at) {
-        if (file[at] == 0xff && file[at + 1] == end_of_image) {
-            return true;
-        }
-    }
-    return false;
-}
-
-/// Whether a PNG of this size can hold so many texels: each takes a bit at least, and deflate makes of one byte no more
-/// than 1032.
-bool png_can_hold(std::span<std::uint8_t const> file, std::uint32_t width, std::uint32_t height) {
-    return std::uint64_t{width} * height / 8 / 1032 <= file.size();
 }
 
 BITMAP load_bitmap(std::span<std::uint8_t const> file, LIBRARY_KIND kind, int extra_flags, std::string& cause) {
@@ -225,8 +195,7 @@ bool check_sides(std::uint32_t width, std::uint32_t height, LIBRARY_KIND kind, s
         cause = announced;
         return false;
     }
-    if (std::max(width, height) > dds_container::largest_side ||
-        std::uint64_t{width} * height > dds_container::most_texels_per_surface) {
+    if (!checked_size::is_within_bounds(width, height)) {
         cause = announced + ", more than an image may have";
         return false;
     }
@@ -299,9 +268,9 @@ std::optional<DECODED_FILE> load_with_freeimage(std::span<std::uint8_t const> fi
     if (!header || !check_sides(FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()), kind, cause)) {
         return std::nullopt;
     }
-    if (format == IMAGE_FORMAT::png &&
-        !png_can_hold(file, FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()))) {
-        cause = "the PNG header announces " + std::to_string(FreeImage_GetWidth(header.get())) + " x " +
+    if (!can_hold_texels(file, format, FreeImage_GetWidth(header.get()), FreeImage_GetHeight(header.get()))) {
+        cause = std::string("the ") + kind.name + " header announces " +
+                std::to_string(FreeImage_GetWidth(header.get())) + " x " +
                 std::to_string(FreeImage_GetHeight(header.get())) + " texels, more than a file of " +
                 std::to_string(file.size()) + " bytes can hold";
         return std::nullopt;
@@ -327,7 +296,7 @@ std::optional<DECODED_FILE> load_with_freeimage(std::span<std::uint8_t const> fi
         return std::nullopt;
     }
     try {
-        decoded.texels.resize(std::size_t{4} * decoded.width * decoded.height);
+        decoded.texels.resize(checked_size::memory_size(4u, decoded.width, decoded.height));
     } catch (std::bad_alloc const&) {
         cause = "there is not enough memory for " + std::to_string(decoded.width) + " x " +
                 std::to_string(decoded.height) + " texels";

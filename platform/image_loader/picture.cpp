@@ -39,7 +39,7 @@ std::optional<PICTURE> load_dds_picture(std::span<std::uint8_t const> file, std:
         return std::nullopt;
     }
     PICTURE picture{surface->width, surface->height, {}};
-    picture.rgba.resize(std::size_t{4} * surface->width * surface->height);
+    picture.rgba.resize(checked_size::memory_size(4u, surface->width, surface->height));
     if (!decode_dds_surface(file, *description, *surface, picture.rgba, cause)) {
         return std::nullopt;
     }
@@ -233,7 +233,7 @@ std::optional<FILE_DESCRIPTION> describe(std::filesystem::path const& path, std:
 
 bool write_png(std::filesystem::path const& path, PICTURE const& picture, std::string& cause) {
     if (picture.width == 0 || picture.height == 0 ||
-        picture.rgba.size() != std::uint64_t{4} * picture.width * picture.height) {
+        picture.rgba.size() != checked_size::saturating_product(4u, picture.width, picture.height)) {
         cause = "the picture is empty";
         return false;
     }

@@ -5,6 +5,7 @@ namespace IMAGE_LOADER {
 namespace {
 
 constexpr std::uint32_t bits_per_sample_tag = 258;
+constexpr std::uint32_t compression_tag = 259;
 constexpr std::uint32_t samples_per_texel_tag = 277;
 constexpr std::size_t entry_bytes = 12;
 
@@ -41,6 +42,8 @@ TIF_LAYOUT read_tif_layout(std::span<std::uint8_t const> file) {
         std::uint32_t const tag = reader.number(entry, 2);
         if (tag == samples_per_texel_tag) {
             layout.samples_per_texel = reader.number(entry + 8, 2);
+        } else if (tag == compression_tag) {
+            layout.compression = reader.number(entry + 8, 2);
         } else if (tag == bits_per_sample_tag) {
             // One number a sample; up to two stand in the entry, more stand where it points.
             std::size_t const at = reader.number(entry + 4, 4) > 2 ? reader.number(entry + 8, 4) : entry + 8;

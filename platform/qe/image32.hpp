@@ -1,6 +1,7 @@
 // The maker's 32-bit image: what the TGA reader gives and what the channel-combining actions build.
 #pragma once
 
+#include "platform/checked_size.hpp"
 #include "platform/image_loader/image_memory.hpp"
 
 #include <cstddef>
@@ -21,7 +22,7 @@ struct IMAGE32 {
     IMAGE32(std::uint32_t image_width, std::uint32_t image_height)
         : width(image_width),
           height(image_height),
-          pixels(std::size_t{4} * image_width * image_height) {}
+          pixels(checked_size::memory_size(4u, image_width, image_height)) {}
 
     /// The four bytes of one texel; x and y are inside the image.
     std::span<std::uint8_t, 4> pixel(std::uint32_t x, std::uint32_t y) {

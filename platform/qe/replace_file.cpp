@@ -8,10 +8,13 @@ namespace QE {
 
 namespace {
 
-bool write_whole(std::filesystem::path const& path, std::span<std::uint8_t const> bytes, std::string& cause) {
+bool write_whole(std::filesystem::path const& path, std::span<std::span<std::uint8_t const> const> parts,
+                 std::string& cause) {
     errno = 0;
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<char const*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    for (std::span<std::uint8_t const> const bytes : parts) {
+        file.write(reinterpret_cast<char const*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
     file.close();
     if (file) {
         return true;
@@ -20,13 +23,25 @@ bool write_whole(std::filesystem::path const& path, std::span<std::uint8_t const
     return false;
 }
 
+/// A file that a killed program left is of no use, and through a link in its place the bytes would end up elsewhere.
+void remove_what_is_left(std::filesystem::path const& path) {
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+}
+
 }  // namespace
 
 bool replace_file(std::filesystem::path const& target, std::span<std::uint8_t const> bytes, std::string& cause) {
+    return replace_file(target, std::span<std::span<std::uint8_t const> const>(&bytes, 1), cause);
+}
+
+bool replace_file(std::filesystem::path const& target, std::span<std::span<std::uint8_t const> const> parts,
+                  std::string& cause) {
     std::filesystem::path unfinished = target;
     unfinished += ".part";
+    remove_what_is_left(unfinished);
     std::error_code error;
-    if (write_whole(unfinished, bytes, cause)) {
+    if (write_whole(unfinished, parts, cause)) {
         std::filesystem::rename(unfinished, target, error);
         if (!error) {
             return true;

@@ -12,5 +12,8 @@ namespace QE {
 /// Writes the bytes to a file of its own beside `target`, named "<target>.part", which then takes the place of
 /// `target`. False on failure: `cause` says why, `target` is as it was, and nothing is left beside it.
 bool replace_file(std::filesystem::path const& target, std::span<std::uint8_t const> bytes, std::string& cause);
+/// The same with bytes that lie in several places, written one behind the other.
+bool replace_file(std::filesystem::path const& target, std::span<std::span<std::uint8_t const> const> parts,
+                  std::string& cause);
 
 }  // namespace QE

@@ -107,7 +107,7 @@ struct WIDE_LEVEL {
     WIDE_LEVEL(std::uint32_t level_width, std::uint32_t level_height)
         : width(level_width),
           height(level_height),
-          values(std::size_t{channels} * level_width * level_height) {}
+          values(checked_size::memory_size(std::size_t{channels}, level_width, level_height)) {}
 };
 
 /// The texels of one axis that a texel of the level below covers, and how far: the weights' sum is the axis's total.

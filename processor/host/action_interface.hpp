@@ -93,7 +93,7 @@ public:
     /// The id of the asset-graph fragment that stands for the path, empty when it has none.
     static QString asset_fragment_id(LOGICAL_PATH const& path, RULE_CACHE const& rules);
     /// Whether the file is shipped at all; `expansion`, when not null, receives the name of the expansion that it is
-    /// shipped with (empty: the core data).
+    /// shipped with (empty: the core data, and everything unless the global rule "Retail" holds).
     static bool is_file_ever_released(LOGICAL_PATH const& path, RULE_CACHE const& rules, QString* expansion, bool flag);
 
     /// Set by the host before actions run. Borrowed.
@@ -101,6 +101,8 @@ public:
     static NR_XML_QUERY_INTERFACE* s_database;
 
     // What the host reads back.
+    /// The topic under which a processor made it.
+    char const* rule_topic() const { return rule_topic_; }
     PROCESSOR_INTERFACE& processor() const { return processor_; }
     QString const& error() const { return error_; }
     QStringList const& output_lines() const { return lines_; }
@@ -112,9 +114,16 @@ public:
     int progress_max() const { return progress_max_; }
     /// Called with every line as it is added, on the action's thread.
     void set_line_listener(std::function<void(QString const&)> listener) { listener_ = std::move(listener); }
+    /// Called with the path of every file that the action is going to write besides its announced targets.
+    void set_working_file_listener(std::function<void(PHYSICAL_PATH const&)> listener) {
+        working_file_listener_ = std::move(listener);
+    }
 
 protected:
     void add_output_line(QString const& line);
+    /// Tells the host of a file that is no announced target and that the action is about to write, so that it does not
+    /// stay behind when the process ends in the middle.
+    void announce_working_file(PHYSICAL_PATH const& file);
     bool is_aborted() const { return aborted_; }
     void set_progress_value(int progress) { progress_ = progress; }
 
@@ -124,11 +133,13 @@ private:
     void note_version_control(std::optional<QString> const& failure);
 
     PROCESSOR_INTERFACE& processor_;
+    char const* rule_topic_;
     QString error_;
     QStringList lines_;
     QVector<DEPENDENCY> dependencies_;
     QVector<REGISTERED_FILE> registered_;
     std::function<void(QString const&)> listener_;
+    std::function<void(PHYSICAL_PATH const&)> working_file_listener_;
     bool version_control_failed_ = false;
     std::atomic<int> progress_max_{0};
     std::atomic<int> progress_{0};

@@ -9,6 +9,7 @@
 #include <QVector>
 
 #include <memory>
+#include <vector>
 
 class NR_XML_QUERY_INTERFACE;
 
@@ -48,6 +49,14 @@ private:
 /// The host's graph. Its operations may be called from several threads.
 class ZAB_SHARED_API ASSET_GRAPH {
 public:
+    /// One change, to be made again in another process's copy of the graph: a builder that was added, or, where `id` is
+    /// empty, a package that was set for the first fragment.
+    struct CHANGE {
+        QString id;
+        QVector<ASSET_FRAGMENT_BUILDER::FRAGMENT> fragments;
+        QVector<ASSET_FRAGMENT_BUILDER::DEPENDENCY> dependencies;
+    };
+
     ASSET_GRAPH();
     ASSET_GRAPH(ASSET_GRAPH const&) = delete;
     ASSET_GRAPH& operator=(ASSET_GRAPH const&) = delete;
@@ -58,15 +67,31 @@ public:
     /// refused: `error` then says why and the graph stays as it was.
     bool add(ASSET_FRAGMENT_BUILDER const& builder, QString& error);
 
-    /// A known texture: one that exists below the working data root or that an action makes. Host only.
-    void add_texture(QString const& logical_path);
+    /// A known texture: one that exists below the working data root or that an action makes, which then says what it is
+    /// made from. Host only.
+    void add_texture(QString const& logical_path, QString const& made_from = {});
     bool has_texture(QString const& logical_path) const;
+    /// The logical path of the first source of the action that makes the texture; empty when none does.
+    QString made_from(QString const& logical_path) const;
+
+    /// The builders that were added and of which nobody has written the file yet, each handed out once, in the order of
+    /// their ids. Host only.
+    std::vector<ASSET_FRAGMENT_BUILDER> take_unwritten();
+    /// The file of the builder with this id has been written. Host only.
+    void set_written(QString const& id);
 
     /// The fragment's package by its name; fragments that no builder holds are not listed.
     QHash<QString, QString> packages() const;
     void set_package(QString const& fragment, QString const& package);
 
+    /// What `add` and `set_package` changed since the last call, in order. Host only.
+    QVector<CHANGE> take_changes();
+    /// Makes a change that another copy of the graph took; it does not count as one of this copy's. Host only.
+    bool repeat(CHANGE const& change, QString& error);
+
 private:
+    bool take_in(CHANGE const& change, QString& error);
+
     struct STATE;
     std::unique_ptr<STATE> state_;
 };

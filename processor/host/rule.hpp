@@ -15,12 +15,15 @@ public:
     /// A rule that was not found.
     RULE();
     explicit RULE(std::shared_ptr<RULE_VALUES const> values);
+    /// The answer to the question for the rule `name` at `path` (a logical path; empty for a global rule). Null values:
+    /// none was found. What is read from it, and from its copies, is recorded for the action that runs on the thread.
+    RULE(std::shared_ptr<RULE_VALUES const> values, QString path, QString name);
     RULE(RULE const& other);
     RULE& operator=(RULE const& other);
     ~RULE();
 
     /// False when no rule of the asked name applies to the path.
-    bool exists() const { return values_ != nullptr; }
+    bool exists() const;
 
     /// The property's value; an invalid variant when it is not set or the rule does not exist. Names are found without
     /// regard to case. The reference lives as long as this rule or a copy of it.
@@ -31,4 +34,6 @@ public:
 
 private:
     std::shared_ptr<RULE_VALUES const> values_;
+    QString path_;
+    QString name_;
 };

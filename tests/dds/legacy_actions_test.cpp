@@ -58,7 +58,14 @@ TEST_F(LEGACY_ACTIONS, dds_by_alpha_and_by_ban) {
         QString const work_file = folder.write("raw/d/a.dds", "earlier");
         ACTION_DDS action(source, processor, c.forbid_dxt1);
         ACTION_DDS copy(action);
+        QString announced;
+        copy.set_working_file_listener([&](PHYSICAL_PATH const& file) {
+            announced += file;
+            // Not yet touched.
+            EXPECT_EQ(contents(work_file), "earlier");
+        });
         EXPECT_EQ(run(copy), ACTION_INTERFACE::STATUS_SUCCEEDED) << lines.toStdString();
+        EXPECT_EQ(announced, work_file);
         EXPECT_EQ(target, folder.path("out/d/a.dds"));
         EXPECT_EQ(copy.get_name(true), "Convert texture (d/a.tga)");
         EXPECT_FALSE(QFile::exists(work_file));

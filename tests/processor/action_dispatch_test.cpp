@@ -67,7 +67,10 @@ TEST(action_dispatch, suffixes_and_siblings) {
         {"plain images", list({"a.tga", "b.png", "d/c.v2.dds"}),
          list({"Convert texture (a.tga) -> /out/t/a.dds", "Convert texture (b.png) -> /out/t/b.dds",
                "Convert texture (d/c.v2.dds) -> /out/t/d/c.v2.dds"})},
-        {"no image, plain tif, upper case", list({"a.txt", "a.tif", "a.TGA", "a.jpg", "a.texture_array"}), {}},
+        {"no image, plain tif, upper case", list({"a.txt", "a.tif", "a.TGA", "a.jpg"}), {}},
+        {"vector fields and texture lists", list({"a.texture_array", "w.v2.fga"}),
+         list({"Asset Graph (a.texture_array) -> /raw/a.texture_array.agf",
+               "Convert FGA (w.v2.fga) -> /out/t/w.v2.dds"})},
         {"blend maps", list({"a/x_flow.tif", "b/x_deposition.tif", "b/x_wear.tif", "y_wear.tif", "z_deposition.tif"}),
          list({"Convert texture (/out/t/a/blendmap_alpha.jpg) -> /out/t/a/blendmap_alpha.jpg < a/x_flow.tif "
                "a/x_flow.tif a/x_flow.tif",
@@ -174,7 +177,8 @@ TEST(action_dispatch, rows_that_come_before_others) {
     EXPECT_EQ(dispatched(list({"a.dds", "a.png"}), only_old), QStringList());
     // The atlas step looks at every image, converted or not, and at nothing else.
     TEST_RULES atlas_too = TEST_RULES().add("", "Texture", {{"TargetPath", "t"}}).add("", "Atlas", {});
-    EXPECT_EQ(dispatched(list({"a.tif", "a.texture_array", "a.txt"}), atlas_too), list({atlas}));
+    EXPECT_EQ(dispatched(list({"a.tif", "a.texture_array", "a.txt"}), atlas_too),
+              list({atlas, "Asset Graph (a.texture_array) -> /raw/a.texture_array.agf"}));
     EXPECT_EQ(dispatched(list({"a_billboard_normal.tga"}), atlas_too),
               list({"Convert billboard (a_billboard_normal.tga) ! Displacement map not found!", atlas}));
 }

@@ -1,4 +1,6 @@
 // The library as a host meets it: read without loading, loaded, asked for its processors, unloaded.
+#include "processor/host/action_interface.hpp"
+#include "processor/host/image_database_entry.hpp"
 #include "processor/host/plugin_interface.hpp"
 #include "processor/host/processor_interface.hpp"
 #include "processor/host/rule_schema.hpp"
@@ -85,6 +87,12 @@ TEST(plugin, hands_out_new_processors_of_one_root_object) {
         EXPECT_EQ(processor->get_name(), QStringLiteral("Texture"));
         EXPECT_EQ(processor->dc_name(), QStringLiteral("ZAB_Texture"));
     }
+
+    auto const create =
+        reinterpret_cast<CREATE_IMAGE_DATABASE_ACTION*>(library.resolve(create_image_database_action_name));
+    ASSERT_NE(create, nullptr);
+    EXPECT_EQ(std::unique_ptr<ACTION_INTERFACE>(create(*one, "x"))->get_name(true),
+              "Save image info database for x expansion");
 
     delete root;
     std::unique_ptr<QObject> const fresh(instance());

@@ -1,10 +1,13 @@
 // The asset graph with its files, and the tables that it is read beside.
 #include "host/framework/asset_fragment_file.hpp"
 #include "host/framework/xml_tables.hpp"
+#include "processor/host/action_error.hpp"
 #include "processor/host/asset_graph.hpp"
 #include "processor/host/case_insensitive_compare_string.hpp"
 #include "processor/host/paths.hpp"
 #include "tests/host/framework/test_folder.hpp"
+#include "tests/support/no_processor.hpp"
+#include "tests/support/test_rules.hpp"
 
 #include <gtest/gtest.h>
 
@@ -63,6 +66,76 @@ TEST(asset_graph, files_hold_logical_paths) {
               "</asset_fragments>\n");
     EXPECT_FALSE(framework::save_asset_fragment_file(ASSET_FRAGMENT_BUILDER(folder.path("none/x.agf")), error));
     EXPECT_TRUE(error.startsWith("Failed to write '" + folder.path("none/x.agf") + "': ")) << error.toStdString();
+}
+
+TEST(asset_graph, fragments_are_written_once_by_whoever_comes_first) {
+    TEST_FOLDER const folder;
+    PATHS::set_roots(PHYSICAL_PATH(folder.path("raw")), PHYSICAL_PATH(folder.path("out")));
+    ASSET_GRAPH graph;
+    ACTION_INTERFACE::s_asset_graph = &graph;
+    NO_PROCESSOR processor;
+    ACTION_ERROR action("name", "error", processor);
+    FILE_MAP const files;
+    TEST_RULES const rules;
+    ASSET_FRAGMENT_BUILDER saved(folder.path("saved.agf"));
+    EXPECT_TRUE(action.add_to_asset_graph_and_save(saved, files, rules));
+    ASSET_FRAGMENT_BUILDER added(folder.path("added.agf"));
+    QString error;
+    EXPECT_TRUE(graph.add(added, error));
+    EXPECT_TRUE(QFile::remove(saved.id()));
+    EXPECT_TRUE(framework::save_added_fragments(graph, action, files, error));
+    EXPECT_TRUE(QFile::remove(added.id()));
+    EXPECT_FALSE(QFile::exists(saved.id()));
+    ASSERT_EQ(action.registered_files().size(), 2);
+    EXPECT_EQ(action.registered_files()[1].path.text(), added.id());
+    EXPECT_TRUE(framework::save_added_fragments(graph, action, files, error));
+    EXPECT_FALSE(QFile::exists(added.id()));
+    ACTION_INTERFACE::s_asset_graph = nullptr;
+}
+
+// Where a path's expansion is decided. Rules go by the end of the path.
+TEST(asset_graph, textures_with_their_ids_and_expansions) {
+    class RULES : public TEST_RULES {
+    public:
+        RULE get_global(QString const& name) const override {
+            return is_retail ? get(LOGICAL_PATH("global"), name) : RULE();
+        }
+        bool is_retail = true;
+    } rules;
+    rules.add("global", "Retail", {{"Retail", true}})
+        .add("<raw>/n.tga", "Expansion", {{"Name", "North"}})
+        .add("<raw>/n_hidden.tga", "Expansion", {{"Name", "North"}, {"Released", false}})
+        .add("<raw>/t/made.dds", "Expansion", {{"Name", "South"}, {"Released", false}})
+        .add("<raw>/t/found.dds", "Expansion", {{"Name", "South"}});
+    ASSET_GRAPH graph;
+    graph.add_texture("<working>/t/made.dds", "<raw>/n.tga");
+    graph.add_texture("<working>/t/hidden.dds", "<raw>/n_hidden.tga");
+    graph.add_texture("<working>/t/found.dds");
+    struct {
+        char const* path;
+        char const* id;
+        char const* expansion;
+        bool released;
+    } const cases[] = {
+        // The source's own values, and for what it leaves open those of the target's place.
+        {"<working>/t/made.dds", "t/made.dds", "North", false},
+        {"<working>/t/hidden.dds", "t/hidden.dds", "North", false},
+        {"<working>/t/found.dds", "t/found.dds", "South", true},
+        {"<working>/t/unknown.dds", "", "", true},
+        {"<raw>/n.tga", "", "North", true},
+    };
+    for (bool const is_retail : {true, false}) {
+        rules.is_retail = is_retail;
+        ACTION_INTERFACE::s_asset_graph = &graph;
+        for (auto const& c : cases) {
+            LOGICAL_PATH const path{QString(c.path)};
+            QString expansion = "?";
+            EXPECT_EQ(ACTION_INTERFACE::asset_fragment_id(path, rules), c.id) << c.path;
+            EXPECT_EQ(ACTION_INTERFACE::is_file_ever_released(path, rules, &expansion, false), c.released) << c.path;
+            EXPECT_EQ(expansion, is_retail ? c.expansion : "") << c.path;
+        }
+        ACTION_INTERFACE::s_asset_graph = nullptr;
+    }
 }
 
 TEST(xml_tables, rows_by_key) {

@@ -17,7 +17,7 @@ TEST(project, every_key_is_optional) {
     EXPECT_EQ(project->raw, folder.path("raw_data"));
     EXPECT_EQ(project->working, folder.path("working_data"));
     EXPECT_EQ(project->state_folder, folder.path(".zab"));
-    EXPECT_TRUE(project->image_database);
+    EXPECT_FALSE(project->image_database);
     EXPECT_EQ(project->version_control, "none");
 }
 
@@ -34,7 +34,7 @@ TEST(project, keys_become_settings) {
         [tables]
         packs = "db/packs.xml"
         [image_database]
-        enabled = false
+        enabled = true
         [version_control]
         kind = "git"
         [[rule]]
@@ -48,7 +48,7 @@ TEST(project, keys_become_settings) {
     EXPECT_EQ(project->globals["retail"].value, QVariant(true));
     EXPECT_EQ(project->globals["build"].line, 7);
     EXPECT_EQ(project->tables["packs"], folder.path("db/packs.xml"));
-    EXPECT_FALSE(project->image_database);
+    EXPECT_TRUE(project->image_database);
     EXPECT_EQ(project->version_control, "git");
     ASSERT_EQ(project->rules.rules.size(), 1u);
 }

@@ -13,7 +13,8 @@ class BadSources(ProjectTest):
         with self.subTest(diagnosis=diagnosis):
             self.setUp()
             self.write({"zab.toml": RULE, "raw_data/a.tga": tga(8, 8), "working_data/": None, "raw_data/x.tga": contents})
-            os.chmod(self.folder / "working_data", 0o777)
+            for folder in (self.folder, self.folder / "working_data"):
+                folder.chmod(0o777)
             if prepare:
                 prepare(self.folder / "raw_data/x.tga")
             status, out, err = self.zab("build", user=user)

@@ -2,10 +2,10 @@
 
 import json
 import os
-import pty
-import signal
+import re
+import shlex
+import shutil
 import subprocess
-import time
 import unittest
 
 from command_line import PLUGIN, RULE, ZAB, ProjectTest, tga
@@ -16,7 +16,7 @@ class WrongUse(ProjectTest):
         self.write({"zab.toml": RULE, "raw_data/a.tga": tga(8, 8), "elsewhere/a.tga": tga(8, 8)})
         see = "See: zab {}--help\n".format
         for arguments, err in {
-            ("build", "--force"): "zab: error: The following argument was not expected: --force\n" + see("build "),
+            ("build", "--forced"): "zab: error: The following argument was not expected: --forced\n" + see("build "),
             ("help", "nothing"): 'zab: error: there is no command "nothing"\n' + see("help "),
             ("build", "-q", "-v"): "zab: error: -q and -v exclude each other\n" + see("build "),
             ("build", "none.tga"): "zab: error: none.tga lies in neither data folder of the project\n",
@@ -71,7 +71,7 @@ class Build(ProjectTest):
 
     def test_dry_run_and_explain(self):
         self.check(["build", "-n", "--explain", "raw_data/a.tga"], 0,
-                   "would run: Convert texture (a.tga): always built\n", "")
+                   "would run: Convert texture (a.tga): never built\n", "")
         self.assertFalse((self.folder / "working_data").exists())
 
     def test_a_failure_takes_an_earlier_target_with_it(self):
@@ -106,7 +106,7 @@ class Build(ProjectTest):
             for changing in ("milliseconds", "peak_bytes"):
                 self.assertGreaterEqual(event.pop(changing, 0), 0)
         name, failed = "Convert texture (ui/b.tga)", "Convert texture (ui/ab.tga)"
-        finished = {"event": "action_finished", "made_no_file": False}
+        finished = {"event": "action_finished", "made_no_file": False, "killed_by": None}
         self.maxDiff = None
         self.assertEqual(events, [
             {"event": "run_started", "version": 1, "actions": 2},
@@ -118,7 +118,8 @@ class Build(ProjectTest):
             {"event": "action_started", "id": 3, "name": name},
             {**finished, "id": 3, "name": name, "status": "succeeded", "diagnosis": None,
              "sources": ["<raw>/ui/b.tga"], "targets": ["<working>/textures/ui/b.dds"]},
-            {"event": "run_finished", "total": 2, "succeeded": 1, "made_no_file": 0, "failed": 1, "not_run": 0,
+            {"event": "run_finished", "total": 2, "succeeded": 1, "made_no_file": 0, "up_to_date": 0, "failed": 1,
+             "not_run": 0,
              "interrupted": False},
         ])
         self.check(["build", "--events", "none/e.jsonl"], 3, "",
@@ -129,46 +130,6 @@ class Build(ProjectTest):
             run = subprocess.run([os.path.abspath(ZAB), "--plugin", PLUGIN, "rules"], stdout=full, stderr=subprocess.PIPE)
         self.assertEqual((run.returncode, run.stderr), (3, b"zab: error: the results could not be written to standard "
                                                            b"output\n"))
-
-
-class Interrupted(ProjectTest):
-    def start(self, side, **options):
-        image = tga(side, side)
-        self.write({"zab.toml": RULE.replace("rgba", "dxt5"), **{f"raw_data/{i:02}.tga": image for i in range(30)}})
-        return subprocess.Popen([os.path.abspath(ZAB), "--plugin", PLUGIN, "build"], cwd=self.folder, **options)
-
-    def test_what_is_done_is_kept_and_nothing_is_half_written(self):
-        build = self.start(256, stderr=subprocess.PIPE)
-        first = build.stderr.readline()
-        self.assertTrue(first.startswith(b"[1/30] done: "), first)
-        build.send_signal(signal.SIGINT)
-        err = build.stderr.read().decode()
-        build.stderr.close()
-        self.assertEqual(build.wait(timeout=60), 130, err)
-        self.assertRegex(err.splitlines()[-1], r"^Interrupted: \d+ built, 0 failed, \d+ not run in ")
-        sizes = {(self.folder / "working_data" / name).stat().st_size for name in self.files()}
-        self.assertEqual(len(sizes), 1)
-
-    def test_a_terminal_gets_one_line_at_most_ten_times_a_second(self):
-        master, slave = pty.openpty()
-        begin = time.monotonic()
-        build = self.start(128, stderr=slave, env={"TERM": "xterm", "NO_COLOR": "1", "PATH": "/bin"})
-        os.close(slave)
-        seen = b""
-        while True:
-            try:
-                chunk = os.read(master, 65536)
-            except OSError:
-                break
-            if not chunk:
-                break
-            seen += chunk
-        os.close(master)
-        self.assertEqual(build.wait(timeout=60), 0)
-        drawn = seen.count(b"\r\x1b[K[")
-        self.assertGreater(drawn, 2)
-        self.assertLessEqual(drawn, (time.monotonic() - begin) * 10 + 2)
-        self.assertRegex(seen.split(b"\r\x1b[K")[-1], rb"^30 built, 0 failed in \d+\.\d s\r\n$")
 
 
 class Questions(ProjectTest):
@@ -187,6 +148,7 @@ class Questions(ProjectTest):
                    '  mipmaps = false                raw_data/ui/zab_rules.toml:4\n'
                    '  TargetPath = "textures/{dir}"  zab.toml:3\n'
                    'read by action 1, Convert texture (ui/b.tga)\n'
+                   '  to be built: never built\n'
                    '  makes working_data/textures/ui/b.dds\n', "")
         self.check(["explain", "<working>/none"], 0, "working_data/none (<working>/none): not among the project's files\n"
                    "no rule applies\nno action reads or makes it\n", "")
@@ -195,9 +157,9 @@ class Questions(ProjectTest):
         _, out, _ = self.check(["plan", "--json"], 0, err="")
         self.assertEqual(json.loads(out), [{
             "id": 1, "name": "Convert texture (ui/b.tga)", "sources": ["<raw>/ui/b.tga"],
-            "targets": ["<working>/textures/ui/b.dds"], "depends": [], "state": "run", "reason": "always built",
+            "targets": ["<working>/textures/ui/b.dds"], "depends": [], "state": "run", "reason": "never built",
             "error": None}])
-        self.check(["plan"], 0, "1 Convert texture (ui/b.tga): always built\n  reads raw_data/ui/b.tga\n"
+        self.check(["plan"], 0, "1 Convert texture (ui/b.tga): never built\n  reads raw_data/ui/b.tga\n"
                                 "  makes working_data/textures/ui/b.dds\n")
 
     def test_rules(self):
@@ -223,6 +185,57 @@ class Questions(ProjectTest):
         self.write({"new/one/raw_data/x/y.tga": tga(4, 4)})
         self.check(["-C", "new/one", "build", "-q"], 0, "", "")
         self.assertEqual(self.files("new/one/working_data"), ["textures/x/y.dds"])
+
+
+class Surface(ProjectTest):
+    """The manual page and the completions tell of the options that there are, and of no others."""
+
+    OPTION = re.compile(r"(?<![\w-])(--?[A-Za-z][\w-]*)")
+
+    def options_in_help(self, *command):
+        _, text, _ = self.check(["help", *command], 0)
+        return {name for line in text.splitlines() if line.startswith("  -") for name in self.OPTION.findall(line[:30])}
+
+    def script(self, shell):
+        return self.check(["help", "--completions", shell], 0, err="")[1]
+
+    def completed(self, *words):
+        (self.folder / "zab.bash").write_text(self.script("bash"))
+        run = subprocess.run(["bash", "--norc", "-c", f"source ./zab.bash; COMP_WORDS=({shlex.join(words)}); "
+                              f"COMP_CWORD={len(words) - 1}; _zab; printf '%s\\n' \"${{COMPREPLY[@]}}\""],
+                             cwd=self.folder, capture_output=True, text=True)
+        self.assertEqual(run.stderr, "")
+        return set(run.stdout.split())
+
+    def test_completions(self):
+        common = self.options_in_help()
+        commands = self.completed("zab", "")
+        self.assertLessEqual({"build", "plan", "help"}, commands)
+        scripts = {shell: self.script(shell) for shell in ("zsh", "fish")}
+        for command in commands:
+            own = self.options_in_help(command)
+            self.assertEqual(self.completed("zab", "-q", command, "-"), own | common)
+            page = self.check(["help", "--man"], 0, err="")[1].replace("\\-", "-")
+            section = re.split(r"^\.S[SH] ", page.split(f".SS {command}\n")[1], flags=re.M)[0]
+            self.assertEqual(set(re.findall(r"\\fB(-[\w-]+)\\fR", section)), own - {"-h", "--help"})
+            zsh = scripts["zsh"].split(f"        {command}) ")[1].split(";;")[0]
+            self.assertEqual(set(re.findall(r"'\*(-[\w-]+)\[", zsh)), own)
+            fish = [line for line in scripts["fish"].splitlines() if f"__fish_seen_subcommand_from {command}' -" in line]
+            self.assertEqual({name for line in fish for short, long in re.findall(r" -s (\w)| -l ([\w-]+)", line)
+                              for name in (["-" + short] if short else ["--" + long])}, own)
+        self.write({"here/x": "", "file": ""})
+        for words, answer in ((("zab", "--color", "a"), {"always", "auto"}), (("zab", "help", "pl"), {"plan"}),
+                              (("zab", "build", "--dr"), {"--dry-run"}), (("zab", "-C", "h"), {"here"}),
+                              (("zab", "info", "fi"), {"file"}), (("zab", "build", "--timeout", ""), set())):
+            self.assertEqual(self.completed(*words), answer, words)
+        self.check(["help", "--completions", "tcsh"], 2, "")
+
+    def test_the_shells_and_man_take_them(self):
+        for program, arguments, text in (("zsh", ["-n"], self.script("zsh")), ("fish", ["-n"], self.script("fish")),
+                                         ("groff", ["-man", "-ww", "-Tutf8"], self.check(["help", "--man"], 0)[1])):
+            if shutil.which(program):
+                run = subprocess.run([program, *arguments, "/dev/stdin"], input=text, capture_output=True, text=True)
+                self.assertEqual((run.returncode, run.stderr), (0, ""), program)
 
 
 class Pictures(ProjectTest):

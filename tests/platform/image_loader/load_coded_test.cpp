@@ -148,6 +148,13 @@ TEST(image_from_coded_files, is_refused_with_its_reason) {
     PNG_FILE hollow;
     hollow.width = 65536;
     hollow.height = 4096;
+    BYTES hollow_jpg = grey_jpg();
+    static constexpr std::uint8_t frame[] = {0xff, 0xc0, 0, 11, 8};
+    auto const sides = std::search(hollow_jpg.begin(), hollow_jpg.end(), std::begin(frame), std::end(frame)) + 5;
+    std::fill(sides, sides + 4, 0x3e);
+    sides[1] = sides[3] = 0x80;
+    TIF_FILE hollow_tif;
+    hollow_tif.width = hollow_tif.height = 16000;
     TIF_FILE wide;
     wide.width = 100000;
     BYTES cut = make_png({1, 2, 8, 6, {}, {}, false, {0, 1, 2, 3, 4, 0, 5, 6, 7, 8}});
@@ -155,7 +162,7 @@ TEST(image_from_coded_files, is_refused_with_its_reason) {
     TIF_FILE const float_alpha = {1, 1, 32, 2, 1, 3, true, BYTES(8)};
     struct CASE {
         BYTES file;
-        char const* cause;
+        std::string cause;
     };
     static CASE const cases[] = {
         {make_tif(float_alpha), "grey with alpha is not supported in a TIF file of 32 bits a sample"},
@@ -167,6 +174,10 @@ TEST(image_from_coded_files, is_refused_with_its_reason) {
         {make_png(many), "the PNG header announces 65536 x 65536 texels, more than an image may have"},
         {make_png(hollow), "the PNG header announces 65536 x 4096 texels, more than a file of 68 bytes can hold"},
         {make_tif(wide), "the TIF header announces 100000 x 1 texels, more than an image may have"},
+        {make_tif(hollow_tif), "the TIF header announces 16000 x 16000 texels, more than a file of " +
+                                   std::to_string(make_tif(hollow_tif).size()) + " bytes can hold"},
+        {hollow_jpg, "the JPG header announces 16000 x 16000 texels, more than a file of " +
+                         std::to_string(hollow_jpg.size()) + " bytes can hold"},
     };
     for (CASE const& c : cases) {
         IMAGE const image(c.file);

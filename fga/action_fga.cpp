@@ -1,0 +1,111 @@
+#include "fga/action_fga.hpp"
+
+#include "fga/read_vector_field.hpp"
+#include "fga/wrap_vector_field.hpp"
+#include "platform/qe/native_path.hpp"
+#include "platform/qe/replace_file.hpp"
+
+#include <QFile>
+#include <QtEndian>
+
+#include <array>
+#include <memory>
+#include <new>
+
+namespace {
+
+/// The header of a volume without levels. Only the depth flag is set, of all that say which fields count: readers of
+/// these textures go by the caps, and the files stay as they always were.
+std::array<std::uint8_t, 128> volume_header(UTILITYLIB::VECTOR_3c const& size) {
+    std::array<std::uint8_t, 128> header{};
+    auto const put = [&](std::size_t offset, std::uint32_t value) {
+        qToLittleEndian(value, header.data() + offset);
+    };
+    constexpr std::uint32_t depth_flag = 0x00800000;
+    constexpr std::uint32_t four_cc_flag = 4;
+    constexpr std::uint32_t a16b16g16r16f = 113;
+    constexpr std::uint32_t complex_caps = 8;
+    constexpr std::uint32_t volume_caps = 0x00200000;
+    put(0, 0x20534444);  // "DDS "
+    put(4, 124);
+    put(8, depth_flag);
+    put(12, size.y);
+    put(16, size.x);
+    put(24, size.z);
+    put(76, 32);
+    put(80, four_cc_flag);
+    put(84, a16b16g16r16f);
+    put(108, complex_caps);
+    put(112, volume_caps);
+    return header;
+}
+
+}  // namespace
+
+ACTION_FGA::ACTION_FGA(PHYSICAL_PATH const& source, PROCESSOR_INTERFACE& processor)
+    : ACTION_CONVERT(source, processor) {
+    set_target_extension(QStringLiteral(".dds"));
+}
+
+QString ACTION_FGA::get_name(bool detailed) {
+    QString const name = QStringLiteral("Convert FGA");
+    return detailed ? name + QStringLiteral(" (") + logical_source().section(QLatin1Char('/'), -1) + QLatin1Char(')')
+                    : name;
+}
+
+void ACTION_FGA::get_source_files(QVector<LOGICAL_PATH>& sources, FILE_MAP const&) {
+    sources.append(logical_source());
+}
+
+bool ACTION_FGA::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& target, RULE_CACHE const&, FILE_MAP const&) {
+    std::optional<VECTOR_FIELD> field;
+    std::string cause;
+    try {
+        QFile file(source.text());
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            return false;
+        auto const size = static_cast<std::size_t>(file.size());
+        auto const text = std::make_unique_for_overwrite<char[]>(size);
+        std::size_t length = 0;
+        while (length < size) {
+            qint64 const read = file.read(text.get() + length, static_cast<qint64>(size - length));
+            if (read <= 0)
+                break;
+            length += static_cast<std::size_t>(read);
+        }
+        if (length == size)
+            field = read_vector_field({text.get(), length}, cause);
+        else
+            cause = "it cannot be read to its end";
+    } catch (std::bad_alloc const&) {
+        cause = "there is not enough memory";
+    }
+    if (!field) {
+        add_output_line(QStringLiteral("Failed to read '%1': %2").arg(source.text(), QString::fromStdString(cause)));
+        return false;
+    }
+    wrap_vector_field(*field);
+    return write_dds_file_nomip_fmt_rgba16(target, field->texels, field->size);
+}
+
+bool ACTION_FGA::write_dds_file_nomip_fmt_rgba16(PHYSICAL_PATH const& path,
+                                                 std::vector<UTILITYLIB::FLOAT16_4> const& texels,
+                                                 UTILITYLIB::VECTOR_3c const& size) {
+    {
+        // A target that cannot be opened is no failure of the conversion.
+        QFile file(path.text());
+        if (!file.open(QIODevice::WriteOnly))
+            return true;
+        file.remove();
+    }
+    std::array<std::uint8_t, 128> const header = volume_header(size);
+    static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "halves are written as they stand in memory");
+    std::span const halves(reinterpret_cast<std::uint8_t const*>(texels.data()),
+                           texels.size() * sizeof(UTILITYLIB::FLOAT16_4));
+    std::array<std::span<std::uint8_t const>, 2> const parts = {std::span<std::uint8_t const>(header), halves};
+    std::string cause;
+    if (QE::replace_file(QE::native_path(path.text().toStdWString()), parts, cause))
+        return true;
+    add_output_line(QStringLiteral("Failed to write '%1': %2").arg(path.text(), QString::fromLocal8Bit(cause.c_str())));
+    return false;
+}

@@ -1,0 +1,520 @@
+#include "host/tool/build_state.hpp"
+
+#include "processor/host/paths.hpp"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <tuple>
+
+namespace tool {
+
+namespace {
+
+using TABLE = STATE_STORE::TABLE;
+
+QString physical(QString const& logical) {
+    return PATHS::physical_path(LOGICAL_PATH(logical));
+}
+
+// What makes an action the same one in the next build: what it makes, or if it announces nothing, what it is called.
+QString key_of(PLANNED_ACTION const& planned) {
+    QStringList const targets = lasting_targets(planned);
+    if (!targets.isEmpty())
+        return targets.join(u'\n');
+    QString const source = planned.sources.isEmpty() ? QString() : planned.sources.first().text();
+    return planned.name + u'\n' + source;
+}
+
+bool is_settled(RECORDED_ACTION const& action) {
+    auto const is_open = [](RECORDED_FILE const& file) {
+        return file.contents.exists && !file.contents.stamp.exists();
+    };
+    return std::none_of(action.sources.begin(), action.sources.end(), is_open) &&
+           std::none_of(action.targets.begin(), action.targets.end(), is_open);
+}
+
+QByteArray to_bytes(FILE_CONTENTS const& contents) {
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << contents;
+    return bytes;
+}
+
+FILE_CONTENTS to_contents(QByteArray const& bytes) {
+    QDataStream stream(bytes);
+    FILE_CONTENTS contents;
+    stream >> contents;
+    return stream.status() == QDataStream::Ok ? contents : FILE_CONTENTS();
+}
+
+}  // namespace
+
+BUILD_STATE::BUILD_STATE(BUILD_SESSION& session, CONSOLE& console)
+    : session_(session),
+      console_(console),
+      store_(session.project().state_folder) {
+}
+
+BUILD_STATE::~BUILD_STATE() = default;
+
+void BUILD_STATE::open(PLAN const& plan) {
+    read_rows();
+    identify_plugin();
+    comparison_.emplace(session_, looker_, plugin_);
+    claim(plan);
+    find_former(plan);
+}
+
+void BUILD_STATE::read_rows() {
+    QString warning;
+    for (STATE_STORE::RECORD& record : store_.read(TABLE::settings, warning)) {
+        next_id_ = std::max(next_id_, record.id + 1);
+        if (std::optional<ACTION_SETTING> setting = to_action_setting(record.content)) {
+            setting_ids_.insert(record.content, record.id);
+            settings_.emplace(record.id, std::move(*setting));
+        }
+    }
+    std::vector<STATE_STORE::RECORD> actions = store_.read(TABLE::actions, warning);
+    rows_.reserve(actions.size());
+    rows_by_key_.reserve(static_cast<int>(actions.size()));
+    for (STATE_STORE::RECORD& record : actions) {
+        next_id_ = std::max(next_id_, record.id + 1);
+        rows_by_key_.insert(record.key, rows_.size());
+        rows_.push_back({record.id, std::move(record.key), std::move(record.content)});
+    }
+    leftovers_ = store_.read(TABLE::leftovers, warning);
+    for (STATE_STORE::RECORD const& record : leftovers_)
+        next_id_ = std::max(next_id_, record.id + 1);
+    if (!warning.isEmpty())
+        console_.warning(warning);
+}
+
+// The libraries are large, so what they hold is kept with their stamps.
+void BUILD_STATE::identify_plugin() {
+    QString warning;
+    std::vector<STATE_STORE::RECORD> known = store_.read(TABLE::libraries, warning);
+    for (STATE_STORE::RECORD const& record : known)
+        next_id_ = std::max(next_id_, record.id + 1);
+    QByteArray together;
+    for (QString const& file : session_.plugin_libraries()) {
+        auto record = std::find_if(known.begin(), known.end(), [&](auto const& entry) { return entry.key == file; });
+        FILE_CONTENTS const former = record == known.end() ? FILE_CONTENTS() : to_contents(record->content);
+        FILE_CONTENTS const now = looker_.look(file, former);
+        if (!(now.stamp == former.stamp))
+            new_libraries_.push_back({record == known.end() ? next_id_++ : record->id, file, to_bytes(now)});
+        together += to_bytes(FILE_CONTENTS{now.exists, now.hash, {}});
+    }
+    plugin_ = hash_of(together);
+}
+
+void BUILD_STATE::claim(PLAN const& plan) {
+    claims_.reserve(static_cast<int>(plan.actions.size()));
+    QHash<QString, int> times;
+    // Those that cannot run may announce the targets of others, who come first therefore.
+    for (auto const state : {PLANNED_ACTION::STATE::run, PLANNED_ACTION::STATE::error}) {
+        for (PLANNED_ACTION const& planned : plan.actions) {
+            if (planned.state != state)
+                continue;
+            CLAIM claim{key_of(planned), {}, {}};
+            if (int const time = ++times[claim.key]; time > 1)
+                claim.key += u'\n' + QString::number(time);
+            auto const row = rows_by_key_.constFind(claim.key);
+            if (row != rows_by_key_.constEnd()) {
+                claim.row = claim.compared = *row;
+                rows_[*row].is_claimed = true;
+            }
+            claims_.insert(planned.action, std::move(claim));
+        }
+    }
+}
+
+// An action with other targets than any recorded one may still be one that is known, and the change of its rules
+// explain the new targets.
+void BUILD_STATE::find_former(PLAN const& plan) {
+    QHash<QString, std::size_t> unclaimed;
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        if (rows_[i].is_claimed)
+            continue;
+        std::optional<RECORDED_ACTION> const action = to_recorded_action(rows_[i].content);
+        if (action && !action->sources.empty())
+            unclaimed.insert(action->name + u'\n' + action->sources.front().path, i);
+    }
+    if (unclaimed.isEmpty())
+        return;
+    for (PLANNED_ACTION const& planned : plan.actions) {
+        CLAIM& claim = claims_[planned.action];
+        if (claim.row || planned.sources.isEmpty())
+            continue;
+        auto const found = unclaimed.constFind(planned.name + u'\n' + planned.sources.first());
+        if (found != unclaimed.constEnd())
+            claim.compared = *found;
+    }
+}
+
+ACTION_SETTING const* BUILD_STATE::setting(std::int64_t id) const {
+    auto const found = settings_.find(id);
+    return found == settings_.end() ? nullptr : &found->second;
+}
+
+std::optional<QString> BUILD_STATE::reason_to_run(PLANNED_ACTION const& planned) {
+    CLAIM const& claim = claims_[planned.action];
+    if (!claim.compared) {
+        QStringList const targets = lasting_targets(planned);
+        auto const there = std::find_if(targets.begin(), targets.end(),
+                                        [](QString const& target) { return QFileInfo::exists(physical(target)); });
+        return there == targets.end() ? QStringLiteral("never built")
+                                      : QStringLiteral("nothing is known of how the target %1 was made")
+                                            .arg(shown_file(LOGICAL_PATH(*there)));
+    }
+    std::optional<RECORDED_ACTION> recorded = to_recorded_action(rows_[*claim.compared].content);
+    if (recorded && recorded->has_failed)
+        return QStringLiteral("failed the last time");
+    ACTION_SETTING const* const shared = recorded ? setting(recorded->setting) : nullptr;
+    if (!shared)
+        return QStringLiteral("the build state is damaged");
+    bool is_refreshed = false;
+    auto const reason = comparison_->reason_to_run(planned, *recorded, *shared, is_refreshed);
+    if (reason)
+        return reason;
+    if (!recorded->asset_changes.empty())
+        asset_changes_.insert(planned.action, recorded->asset_changes);
+    if (is_refreshed)
+        refreshed_.insert_or_assign(*claim.compared, std::move(*recorded));
+    return {};
+}
+
+bool BUILD_STATE::is_up_to_date_now(PLANNED_ACTION& planned) {
+    if (!planned.awaits_needs || planned.state != PLANNED_ACTION::STATE::run)
+        return false;
+    if (std::optional<QString> const reason = reason_to_run(planned)) {
+        planned.reason = *reason;
+        return false;
+    }
+    keep(planned);
+    return true;
+}
+
+void BUILD_STATE::keep(PLANNED_ACTION const& planned) {
+    CLAIM const& claim = claims_[planned.action];
+    if (!claim.row)
+        return;
+    if (auto const refreshed = refreshed_.find(*claim.row); refreshed != refreshed_.end()) {
+        write(refreshed->first, refreshed->second);
+        refreshed_.erase(refreshed);
+    }
+    framework::replay(asset_changes_.take(planned.action), session_.asset_graph());
+}
+
+void BUILD_STATE::starting(PLANNED_ACTION const& planned) {
+    std::vector<SNAPSHOT> snapshots;
+    for (LOGICAL_PATH const& source : planned.sources) {
+        QString const path = PATHS::physical_path(source);
+        SNAPSHOT snapshot{stamp_of(path), {}};
+        if (snapshot.stamp.exists() && !is_settled(snapshot.stamp))
+            snapshot.hash = looker_.look(path).hash;
+        snapshots.push_back(snapshot);
+    }
+    snapshots_.insert(planned.action, std::move(snapshots));
+}
+
+std::vector<RECORDED_FILE> BUILD_STATE::source_contents(PLANNED_ACTION const& planned) {
+    std::vector<SNAPSHOT> const before = snapshots_.take(planned.action);
+    std::vector<RECORDED_FILE> sources;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(planned.sources.size()); ++i) {
+        LOGICAL_PATH const& source = planned.sources[static_cast<int>(i)];
+        QString const path = PATHS::physical_path(source);
+        FILE_STAMP const stamp = stamp_of(path);
+        FILE_CONTENTS contents = looker_.look(path);
+        bool const is_sure =
+            i < before.size() && before[i].stamp == stamp && (!before[i].hash || *before[i].hash == contents.hash);
+        // Nothing has this hash, so the source counts as changed next time.
+        if (!is_sure)
+            contents = {true, {}, {}};
+        sources.push_back({source, contents});
+    }
+    return sources;
+}
+
+// What the action asked while it ran, and what processors asked of its sources before they made it.
+std::vector<framework::RULE_READ> BUILD_STATE::all_rule_reads(PLANNED_ACTION const& planned,
+                                                              framework::READS const& reads) const {
+    std::vector<framework::RULE_READ> all = reads.rules;
+    framework::RULE_QUESTIONS const& asked = session_.rule_questions();
+    all.insert(all.end(), asked.globals.begin(), asked.globals.end());
+    auto const topic = asked.by_topic.find(planned.action->rule_topic());
+    if (topic != asked.by_topic.end()) {
+        for (LOGICAL_PATH const& source : planned.sources) {
+            for (auto const& [rule_name, property] : topic->second) {
+                RULE const rule = session_.rules().get(source, rule_name);
+                QVariant const value = property.isEmpty() ? QVariant(rule.values() != nullptr)
+                                       : rule.values()    ? rule.values()->value(property)
+                                                          : QVariant();
+                all.push_back({source, rule_name, property, value});
+            }
+        }
+    }
+    auto const question = [](auto const& read) {
+        return std::tie(read.path, read.rule, read.property);
+    };
+    std::sort(all.begin(), all.end(),
+              [&](auto const& left, auto const& right) { return question(left) < question(right); });
+    all.erase(std::unique(all.begin(), all.end(),
+                          [&](auto const& left, auto const& right) { return question(left) == question(right); }),
+              all.end());
+    return all;
+}
+
+std::int64_t BUILD_STATE::setting_id(ACTION_SETTING const& setting) {
+    QByteArray const bytes = tool::to_bytes(setting);
+    auto const known = setting_ids_.constFind(bytes);
+    if (known != setting_ids_.constEnd())
+        return *known;
+    std::int64_t const id = next_id_++;
+    store_.put(TABLE::settings, id, setting.kind, bytes);
+    setting_ids_.insert(bytes, id);
+    settings_.emplace(id, setting);
+    return id;
+}
+
+void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
+    framework::READS const& reads = result.record.reads;
+    RECORDED_ACTION action;
+    action.name = planned.name;
+    action.sources = source_contents(planned);
+    QStringList targets = lasting_targets(planned);
+    action.announced_targets = static_cast<std::uint32_t>(targets.size());
+    for (ACTION_INTERFACE::REGISTERED_FILE const& file : result.record.registered) {
+        QString const path = PATHS::logical_path(PHYSICAL_PATH(QDir::cleanPath(file.path)));
+        if (file.kind == ACTION_INTERFACE::REGISTERED_FILE::KIND::added && !targets.contains(path) &&
+            QFileInfo::exists(physical(path)))
+            targets.append(path);
+    }
+    for (QString const& target : qAsConst(targets))
+        action.targets.push_back({target, looker_.look(physical(target))});
+    action.files = reads.files;
+    action.textures = reads.textures;
+    action.origins = reads.origins;
+    for (QString const& table : reads.tables)
+        action.tables.push_back({table, looker_.look(session_.project().tables.value(table))});
+    action.asset_changes = reads.asset_changes;
+    action.setting = setting_id(
+        {plugin_, kind_of(*planned.action), with_source_places(all_rule_reads(planned, reads), planned.sources)});
+    store(planned, action);
+}
+
+void BUILD_STATE::forget(PLANNED_ACTION const& planned) {
+    snapshots_.remove(planned.action);
+    RECORDED_ACTION action;
+    action.name = planned.name;
+    action.has_failed = true;
+    for (LOGICAL_PATH const& source : planned.sources)
+        action.sources.push_back({source, {}});
+    store(planned, action);
+}
+
+void BUILD_STATE::store(PLANNED_ACTION const& planned, RECORDED_ACTION const& action) {
+    CLAIM& claim = claims_[planned.action];
+    if (!claim.row) {
+        claim.row = rows_.size();
+        rows_by_key_.insert(claim.key, rows_.size());
+        rows_.push_back({next_id_++, claim.key, {}, true});
+    } else if (auto const former = to_recorded_action(rows_[*claim.row].content)) {
+        leave_behind(*former, action);
+    }
+    claim.compared = claim.row;
+    refreshed_.erase(*claim.row);
+    write(*claim.row, action);
+    if (!is_settled(action))
+        unsettled_.push_back({*claim.row, action});
+    settle(false);
+    store_.commit();
+}
+
+void BUILD_STATE::write(std::size_t row, RECORDED_ACTION const& action) {
+    rows_[row].content = tool::to_bytes(action);
+    store_.put(TABLE::actions, rows_[row].id, rows_[row].key, rows_[row].content);
+}
+
+// Files that the action made before and did not make this time.
+void BUILD_STATE::leave_behind(RECORDED_ACTION const& former, RECORDED_ACTION const& now) {
+    for (RECORDED_FILE const& file : former.targets) {
+        bool const is_made = std::any_of(now.targets.begin(), now.targets.end(),
+                                         [&](auto const& made) { return made.path == file.path; });
+        if (is_made || !file.contents.exists)
+            continue;
+        leftovers_.push_back({next_id_++, file.path, to_bytes(file.contents)});
+        store_.put(TABLE::leftovers, leftovers_.back().id, leftovers_.back().key, leftovers_.back().content);
+    }
+}
+
+// Files that had only just been written when they were recorded are looked at again, so that the next build can go by
+// their stamps. Their contents have to be those recorded, or somebody has changed them since.
+void BUILD_STATE::settle(bool wait) {
+    std::vector<UNSETTLED> left;
+    for (UNSETTLED& unsettled : unsettled_) {
+        bool is_open = false;
+        bool is_refreshed = false;
+        for (std::vector<RECORDED_FILE>* const files : {&unsettled.action.sources, &unsettled.action.targets}) {
+            for (RECORDED_FILE& file : *files) {
+                if (!file.contents.exists || file.contents.stamp.exists() || file.contents.hash == CONTENT_HASH())
+                    continue;
+                QString const path = physical(file.path);
+                std::int64_t const time = time_until_settled(stamp_of(path));
+                if (time > 0 && wait)
+                    std::this_thread::sleep_for(std::chrono::nanoseconds(time));
+                if (time > 0 && !wait) {
+                    is_open = true;
+                    break;
+                }
+                FILE_CONTENTS const now = looker_.look(path);
+                if (now.exists && now.hash == file.contents.hash && now.stamp.exists()) {
+                    file.contents.stamp = now.stamp;
+                    is_refreshed = true;
+                }
+            }
+        }
+        if (is_refreshed)
+            write(unsettled.row, unsettled.action);
+        if (is_open)
+            left.push_back(std::move(unsettled));
+    }
+    unsettled_ = std::move(left);
+}
+
+void BUILD_STATE::finish() {
+    settle(true);
+    if (!rows_.empty())
+        for (STATE_STORE::RECORD const& library : new_libraries_)
+            store_.put(TABLE::libraries, library.id, library.key, library.content);
+    new_libraries_.clear();
+    drop_what_is_gone();
+    drop_unused_settings();
+    store_.commit();
+    if (!store_.error().isEmpty())
+        console_.warning(store_.error() + QStringLiteral("; the next build runs these actions again"));
+}
+
+// Records of actions that are no more, once none of their files is there as they left it.
+void BUILD_STATE::drop_what_is_gone() {
+    bool const all_are_claimed = std::all_of(rows_.begin(), rows_.end(), [](ROW const& row) { return row.is_claimed; });
+    if (all_are_claimed && leftovers_.empty())
+        return;
+    QSet<QString> stale;
+    for (STALE_TARGET const& target : stale_targets())
+        stale.insert(target.path);
+    for (ROW const& row : rows_) {
+        if (row.is_claimed)
+            continue;
+        std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content);
+        if (!action || std::none_of(action->targets.begin(), action->targets.end(),
+                                    [&](RECORDED_FILE const& target) { return stale.contains(target.path); }))
+            store_.erase(TABLE::actions, row.id);
+    }
+    for (STATE_STORE::RECORD const& record : leftovers_)
+        if (!stale.contains(record.key))
+            store_.erase(TABLE::leftovers, record.id);
+}
+
+// Every change of a rule leaves settings behind that no action has any more. They are small, so a few may stay.
+void BUILD_STATE::drop_unused_settings() {
+    if (settings_.size() < 100 + rows_.size() / 4)
+        return;
+    QSet<std::int64_t> used;
+    for (ROW const& row : rows_)
+        if (std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content))
+            used.insert(action->setting);
+    for (auto const& [id, setting] : settings_)
+        if (!used.contains(id))
+            store_.erase(TABLE::settings, id);
+}
+
+bool BUILD_STATE::is_registered_by_another(PLANNED_ACTION const& planned, QString const& file) {
+    auto const registers = [&](std::size_t row, QString const* path) {
+        std::optional<RECORDED_ACTION> const action = to_recorded_action(rows_[row].content);
+        for (std::size_t i = action ? action->announced_targets : 0; action && i < action->targets.size(); ++i) {
+            if (!path)
+                registered_->insert(action->targets[i].path, row);
+            else if (action->targets[i].path == *path)
+                return true;
+        }
+        return false;
+    };
+    if (!registered_) {
+        registered_.emplace();
+        for (std::size_t row = 0; row < rows_.size(); ++row)
+            registers(row, nullptr);
+    }
+    QString const path = PATHS::logical_path(PHYSICAL_PATH(QDir::cleanPath(file)));
+    std::optional<std::size_t> const own = claims_[planned.action].row;
+    QList<std::size_t> const rows = registered_->values(path);
+    // What a row says may have changed since the table was made.
+    return std::any_of(rows.begin(), rows.end(), [&](std::size_t row) {
+        return rows_[row].is_claimed && own != row && registers(row, &path);
+    });
+}
+
+QSet<QString> BUILD_STATE::current_targets() const {
+    QSet<QString> targets;
+    for (CLAIM const& claim : claims_)
+        for (QString const& target : claim.key.split(u'\n'))
+            targets.insert(target);
+    for (ROW const& row : rows_) {
+        if (!row.is_claimed)
+            continue;
+        if (std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content))
+            for (std::size_t i = action->announced_targets; i < action->targets.size(); ++i)
+                targets.insert(action->targets[i].path);
+    }
+    return targets;
+}
+
+std::vector<BUILD_STATE::STALE_TARGET> BUILD_STATE::stale_targets() {
+    std::map<QString, FILE_CONTENTS> former;
+    for (STATE_STORE::RECORD const& record : leftovers_)
+        former.insert_or_assign(record.key, to_contents(record.content));
+    for (ROW const& row : rows_) {
+        if (row.is_claimed)
+            continue;
+        if (std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content))
+            for (RECORDED_FILE const& target : action->targets)
+                if (target.contents.exists)
+                    former.insert_or_assign(target.path, target.contents);
+    }
+    std::vector<STALE_TARGET> stale;
+    if (former.empty())
+        return stale;
+    QSet<QString> const current = current_targets();
+    for (auto const& [path, contents] : former) {
+        if (current.contains(path))
+            continue;
+        FILE_CONTENTS const now = looker_.look(physical(path), contents);
+        if (now.exists && now.hash == contents.hash)
+            stale.push_back({LOGICAL_PATH(path), now});
+    }
+    return stale;
+}
+
+std::vector<LOGICAL_PATH> BUILD_STATE::known_targets() {
+    std::vector<LOGICAL_PATH> targets;
+    for (STALE_TARGET const& stale : stale_targets())
+        targets.push_back(stale.path);
+    for (ROW const& row : rows_) {
+        std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content);
+        if (!action || !row.is_claimed)
+            continue;
+        for (std::size_t i = action->announced_targets; i < action->targets.size(); ++i) {
+            RECORDED_FILE const& target = action->targets[i];
+            FILE_CONTENTS const now = looker_.look(physical(target.path), target.contents);
+            if (now.exists && now.hash == target.contents.hash)
+                targets.emplace_back(target.path);
+        }
+    }
+    std::sort(targets.begin(), targets.end());
+    return targets;
+}
+
+}  // namespace tool

@@ -1,0 +1,130 @@
+// The problem with stamps: a file that is written twice within one tick of the file system's clock bears the same stamp
+// both times. Whoever looks between the two must not trust what he sees; git calls such an entry "racily clean".
+#include "host/tool/file_contents.hpp"
+
+#include <QFile>
+
+#include <memory>
+#include <vector>
+
+#include <cerrno>
+#include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <xxhash.h>
+
+namespace tool {
+
+namespace {
+
+constexpr std::int64_t second = 1'000'000'000;
+// Linux stamps files with the time of the last timer tick, at most 10 ms old.
+constexpr std::int64_t fine_grain = 20'000'000;
+// File systems without parts of a second: their clocks go in steps of one or two seconds.
+constexpr std::int64_t coarse_grain = 2 * second;
+
+std::int64_t nanoseconds(timespec const& time) {
+    return time.tv_sec * second + time.tv_nsec;
+}
+
+FILE_STAMP to_stamp(struct stat const& status) {
+    if (!S_ISREG(status.st_mode))
+        return {};
+    return {status.st_size, nanoseconds(status.st_mtim), nanoseconds(status.st_ctim), status.st_ino};
+}
+
+bool hash_file(int file, CONTENT_HASH& hash) {
+    std::unique_ptr<XXH3_state_t, XXH_errorcode (*)(XXH3_state_t*)> const state(XXH3_createState(), XXH3_freeState);
+    if (!state)
+        return false;
+    XXH3_128bits_reset(state.get());
+    std::vector<char> buffer(256 * 1024);
+    while (true) {
+        ssize_t const count = ::read(file, buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return false;
+        if (count == 0)
+            break;
+        XXH3_128bits_update(state.get(), buffer.data(), static_cast<std::size_t>(count));
+    }
+    XXH128_hash_t const result = XXH3_128bits_digest(state.get());
+    hash.bits = {result.low64, result.high64};
+    return true;
+}
+
+}  // namespace
+
+CONTENT_HASH hash_of(QByteArray const& bytes) {
+    XXH128_hash_t const result = XXH3_128bits(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    return {{result.low64, result.high64}};
+}
+
+FILE_STAMP stamp_of(QString const& path) {
+    struct stat status = {};
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? to_stamp(status) : FILE_STAMP();
+}
+
+std::int64_t time_until_settled(FILE_STAMP const& stamp) {
+    timespec clock = {};
+    clock_gettime(CLOCK_REALTIME, &clock);
+    bool const is_coarse = stamp.changed % second == 0;
+    std::int64_t const left = stamp.changed + (is_coarse ? coarse_grain : fine_grain) - nanoseconds(clock);
+    if (left <= 0)
+        return 0;
+    return left <= fine_grain ? left : -1;
+}
+
+bool is_settled(FILE_STAMP const& stamp) {
+    return time_until_settled(stamp) == 0;
+}
+
+FILE_CONTENTS contents_of(QString const& path, FILE_CONTENTS const& known) {
+    FILE_STAMP const before = stamp_of(path);
+    if (!before.exists())
+        return {};
+    if (known.exists && known.stamp == before)
+        return known;
+    FILE_CONTENTS contents;
+    bool const was_settled = is_settled(before);
+    int const file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return {};
+    contents.exists = hash_file(file, contents.hash);
+    // Written while it was read: the next look reads it again.
+    struct stat status = {};
+    if (was_settled && ::fstat(file, &status) == 0 && to_stamp(status) == before)
+        contents.stamp = before;
+    ::close(file);
+    return contents.exists ? contents : FILE_CONTENTS();
+}
+
+QDataStream& operator<<(QDataStream& stream, FILE_CONTENTS const& contents) {
+    stream << contents.exists;
+    if (!contents.exists)
+        return stream;
+    stream << static_cast<quint64>(contents.hash.bits[0]) << static_cast<quint64>(contents.hash.bits[1]);
+    return stream << static_cast<qint64>(contents.stamp.size) << static_cast<qint64>(contents.stamp.modified)
+                  << static_cast<qint64>(contents.stamp.changed) << static_cast<quint64>(contents.stamp.inode);
+}
+
+QDataStream& operator>>(QDataStream& stream, FILE_CONTENTS& contents) {
+    contents = {};
+    stream >> contents.exists;
+    if (!contents.exists)
+        return stream;
+    quint64 low = 0;
+    quint64 high = 0;
+    qint64 size = 0;
+    qint64 modified = 0;
+    qint64 changed = 0;
+    quint64 inode = 0;
+    stream >> low >> high >> size >> modified >> changed >> inode;
+    contents.hash.bits = {low, high};
+    contents.stamp = {size, modified, changed, inode};
+    return stream;
+}
+
+}  // namespace tool
