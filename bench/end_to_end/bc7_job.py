@@ -51,9 +51,9 @@ def measure(options):
         psnrs = quality.pooled(options.zab, list(textures.items()))
         with_levels = isinstance(row, ZAB)
         texels = sum(texels_with_levels(*inputs.sides(image)) for image in tree.images) if with_levels else tree.texels
-        alone, together = median(costs[1][row.name]), median(costs[os.cpu_count()][row.name])
+        alone = median(costs[1][row.name])
         size = sum(texture.stat().st_size for texture in textures.values())
-        table.append([row.name, report.seconds(alone.wall), report.seconds(together.wall),
+        table.append([row.name, report.seconds(alone.wall), report.wall(costs[os.cpu_count()].get(row.name)),
                       report.seconds(alone.processor), f"{texels / 1e6 / alone.processor:.2f}",
                       report.mebibytes(alone.peak_bytes), report.mebibytes(size), *(f"{value:.2f}" for value in psnrs)])
         figures[row.name] = alone.processor * tree.texels / texels, psnrs[0]

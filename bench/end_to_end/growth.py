@@ -34,8 +34,9 @@ def project(name, rule):
     return folder
 
 
-def grow(options, name, unit, steps, make, command):
-    """A table, and plots if asked for. `make` a size: the project's folder; `command` it: what is measured."""
+def grow(options, name, unit, steps, make, command, plotted=("", lambda size: size)):
+    """A table, and plots if asked for. `make` a size: the project's folder; `command` it: what is measured; `plotted`:
+    what stands on the plots' axis, where it is not the size."""
     others = OTHERS()
     rows, times, memory = [], [], []
     for size in steps:
@@ -43,12 +44,12 @@ def grow(options, name, unit, steps, make, command):
         cost = median([run(command(folder)) for _ in range(options.runs if size < steps[-1] else 1)])
         shutil.rmtree(folder)
         rows.append([f"{size:,}", report.seconds(cost.processor), report.mebibytes(cost.peak_bytes)])
-        times.append((size, cost.processor))
-        memory.append((size, cost.peak_bytes))
+        times.append((plotted[1](size), cost.processor))
+        memory.append((plotted[1](size), cost.peak_bytes))
     if options.write:
         PLOTS.mkdir(exist_ok=True)
-        (PLOTS / f"{name}-time.svg").write_text(log_plot(unit, "s", {"processor time": times}))
-        (PLOTS / f"{name}-memory.svg").write_text(log_plot(unit, "B", {"peak memory": memory}))
+        (PLOTS / f"{name}-time.svg").write_text(log_plot(plotted[0] or unit, "s", {"processor time": times}))
+        (PLOTS / f"{name}-memory.svg").write_text(log_plot(plotted[0] or unit, "B", {"peak memory": memory}))
     said = measured(options.runs, others) + " The last size ran once."
     return {f"growth-{name}": f"{said}\n\n" + report.table([unit, "processor", "peak memory"], rows)}
 
@@ -85,7 +86,8 @@ def sides(options):
 
     steps = [1, 4, 16, 64, 256, 1024, 4096] + ([] if options.sample else [16384])
     return grow(options, "side", "texels a side", steps, make,
-                lambda folder: [options.zab, "-C", folder, "build", "-q", "-j", "1"])
+                lambda folder: [options.zab, "-C", folder, "build", "-q", "-j", "1"],
+                ("texels", lambda side: side * side))
 
 
 def atlas(options):

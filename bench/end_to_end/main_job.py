@@ -95,7 +95,7 @@ def measure_tree(name, options):
             ZAB("zab, own encoders", options.zab, tree, "own"),
             ZAB("zab, own encoders, fastest", options.zab, tree, "own-fastest")]
     # The first build says which format each image gets, and brings the images into the system's file cache.
-    ours[1].build(os.cpu_count())
+    ours[1].build(1)
     textures = {image: ours[1].texture(image, tree) for image in tree.images}
     opaque = {image for image, texture in textures.items() if format_of(texture) == b"DXT1"}
     rows = sorted(ours + list(peers(tree, textures)), key=lambda row: ORDER.index(row.name))
@@ -115,10 +115,9 @@ def measure_tree(name, options):
         of_others = quality.pooled(options.zab, [(held[i], made[i]) for i in tree.images if i not in opaque])
         size = sum(texture.stat().st_size for texture in made.values())
         alone = median(costs[1][row.name])
-        together = median(costs[os.cpu_count()][row.name])
         psnrs = [f"{of_opaque[0]:.2f}" if of_opaque else "–"]
         psnrs += [f"{value:.2f}" for value in of_others] if of_others else ["–", "–"]
-        table.append([row.name, report.seconds(alone.wall), report.seconds(together.wall),
+        table.append([row.name, report.seconds(alone.wall), report.wall(costs[os.cpu_count()].get(row.name)),
                       report.seconds(alone.processor), report.mebibytes(alone.peak_bytes),
                       report.mebibytes(size), *psnrs])
         figures[row.name] = alone.processor, of_opaque[0] if of_opaque else None

@@ -14,7 +14,7 @@ from concurrent.futures import ThreadPoolExecutor
 from end_to_end.inputs import CACHE, sides
 
 # Decoders round the colours between a block's endpoints differently, by one step of 8 bits.
-LARGEST_DISAGREEMENT_DB = 0.2
+LARGEST_DISAGREEMENT_DB = 0.3
 
 
 def mean_square_errors(zab, source, texture):

@@ -1,5 +1,6 @@
 """Tables in Markdown, and their places in the documents: what stands between a pair of marks is replaced."""
 
+import statistics
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -14,6 +15,11 @@ def table(heads, rows):
 
 def seconds(value):
     return f"{value:.0f} s" if value >= 100 else f"{value:.3g} s" if value >= 1 else f"{value * 1000:.3g} ms"
+
+
+def wall(costs):
+    """Of runs that may all have failed."""
+    return seconds(statistics.median(cost.wall for cost in costs)) if costs else "–"
 
 
 def mebibytes(value):

@@ -49,13 +49,14 @@ def shares(report_lines):
 
 
 def profile(row):
+    """Stage → share, and the processor time of the run."""
     samples = row.project / "perf.data"
     inputs.put_away(row.project / "working_data", row.project / ".zab")
-    run(["perf", "record", "-q", "-F", "1999", "-o", samples, row.zab, "-C", row.project, "build", "-q", "-j", "1"])
+    cost = run(["perf", "record", "-q", "-F", "1999", "-o", samples, row.zab, "-C", row.project, "build", "-q", "-j", "1"])
     listed = subprocess.run(["perf", "report", "-i", samples, "--stdio", "-t", ";", "--percent-limit", "0", "--sort",
                              "dso,symbol"], capture_output=True, text=True)
     samples.unlink()
-    return shares(listed.stdout.splitlines())
+    return shares(listed.stdout.splitlines()), cost.processor
 
 
 def copy(sources, target):
@@ -74,25 +75,22 @@ def measure(options):
         tree = inputs.tree(tree_name, options.sample)
         for setting, title in ("highest", ""), ("own", ", own"):
             row = ZAB("zab", options.zab, tree, setting)
-            if not (found := profile(row)):
+            found, whole = profile(row)
+            if not found:
                 print(f"left out: stages of {tree_name} (perf has no samples)", file=sys.stderr)
                 continue
             columns[tree_name + title] = found
-            if setting != "own":
-                continue
             beside = inputs.CACHE / "copies"
             costs = interleaved({
-                "zab": lambda: row.build(1),
                 "sources": lambda: copy(inputs.folder_of(tree), beside),
                 "textures": lambda: copy(row.project / "working_data", beside),
             }, options.runs)
-            whole, *copies = (median(costs[name]).processor for name in ("zab", "sources", "textures"))
+            copies = sum(median(cost).processor for cost in costs.values())
             rest = whole * (1 - found["blocks"])
-            decoding = whole * found["reading"]
-            held.append([tree_name, report.seconds(whole * found["blocks"]), report.seconds(rest),
-                         report.percent(rest / (whole * found["blocks"])), report.seconds(decoding),
-                         report.seconds(sum(copies)), f"{rest / sum(copies):.1f}"])
-    said = measured(options.runs, others)
+            held.append([tree_name + title, report.seconds(whole * found["blocks"]), report.seconds(rest),
+                         report.percent(rest / (whole * found["blocks"])), report.seconds(whole * found["reading"]),
+                         report.seconds(copies), f"{rest / copies:.1f}"])
+    said = "Builds ran once, under perf; `cp`: " + measured(options.runs, others)
     where = report.table(["", *columns], [[name, *(report.percent(c[name]) for c in columns.values())]
                                           for name in NAMES])
     against = report.table(["", "blocks", "all else", "of the blocks", "of it reading", "`cp`", "all else / `cp`"], held)
