@@ -1,5 +1,7 @@
 #include "host/tool/build_journal.hpp"
 
+#include "platform/qe/replace_file.hpp"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -11,7 +13,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <set>
+#include <system_error>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -43,7 +47,8 @@ QStringList target_paths(PLANNED_ACTION const& planned) {
 void remove_unfinished_files(QStringList const& files) {
     for (QString const& file : files) {
         QFile::remove(file);
-        QFile::remove(file + QStringLiteral(".part"));
+        std::error_code ignored;
+        std::filesystem::remove(QE::unfinished_file(QFile::encodeName(file).toStdString()), ignored);
         // Qt's files that are written whole or not at all: the name and six characters.
         QFileInfo const info(file);
         QString const beside = info.fileName() + u'.';
