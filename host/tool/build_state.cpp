@@ -171,8 +171,8 @@ std::optional<QString> BUILD_STATE::reason_to_run(PLANNED_ACTION const& planned)
                                             .arg(shown_file(LOGICAL_PATH(*there)));
     }
     std::optional<RECORDED_ACTION> recorded = to_recorded_action(rows_[*claim.compared].content);
-    if (recorded && recorded->has_failed)
-        return QStringLiteral("failed the last time");
+    if (recorded && recorded->end != RECORDED_ACTION::END::succeeded)
+        return reason_of(recorded->end);
     ACTION_SETTING const* const shared = recorded ? setting(recorded->setting) : nullptr;
     if (!shared)
         return QStringLiteral("the build state is damaged");
@@ -296,6 +296,12 @@ void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& r
     for (QString const& target : qAsConst(targets))
         action.targets.push_back({target, looker_.look(physical(target))});
     action.files = reads.files;
+    // A file that the action itself took away is one that it would not find now.
+    for (framework::LOOK_UP& look_up : action.files)
+        for (ACTION_INTERFACE::REGISTERED_FILE const& file : result.record.registered)
+            if (file.kind == ACTION_INTERFACE::REGISTERED_FILE::KIND::removed && look_up.found &&
+                PATHS::logical_path(file.path).text() == look_up.path && !QFileInfo::exists(file.path))
+                look_up.found = false;
     action.textures = reads.textures;
     action.origins = reads.origins;
     for (QString const& table : reads.tables)
@@ -306,11 +312,11 @@ void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& r
     store(planned, action);
 }
 
-void BUILD_STATE::forget(PLANNED_ACTION const& planned) {
+void BUILD_STATE::forget(PLANNED_ACTION const& planned, RECORDED_ACTION::END end) {
     snapshots_.remove(planned.action);
     RECORDED_ACTION action;
     action.name = planned.name;
-    action.has_failed = true;
+    action.end = end;
     for (LOGICAL_PATH const& source : planned.sources)
         action.sources.push_back({source, {}});
     store(planned, action);
@@ -452,9 +458,8 @@ bool BUILD_STATE::is_registered_by_another(PLANNED_ACTION const& planned, QStrin
     std::optional<std::size_t> const own = claims_[planned.action].row;
     QList<std::size_t> const rows = registered_->values(path);
     // What a row says may have changed since the table was made.
-    return std::any_of(rows.begin(), rows.end(), [&](std::size_t row) {
-        return rows_[row].is_claimed && own != row && registers(row, &path);
-    });
+    return std::any_of(rows.begin(), rows.end(),
+                       [&](std::size_t row) { return rows_[row].is_claimed && own != row && registers(row, &path); });
 }
 
 QSet<QString> BUILD_STATE::current_targets() const {
