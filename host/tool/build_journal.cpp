@@ -13,9 +13,7 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <set>
-#include <system_error>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -47,8 +45,7 @@ QStringList target_paths(PLANNED_ACTION const& planned) {
 void remove_unfinished_files(QStringList const& files) {
     for (QString const& file : files) {
         QFile::remove(file);
-        std::error_code ignored;
-        std::filesystem::remove(QE::unfinished_file(QFile::encodeName(file).toStdString()), ignored);
+        QFile::remove(QFile::decodeName(QE::unfinished_file(QFile::encodeName(file).toStdString()).c_str()));
         // Qt's files that are written whole or not at all: the name and six characters.
         QFileInfo const info(file);
         QString const beside = info.fileName() + u'.';

@@ -1,5 +1,5 @@
-// A name that is too long for an extension is cut, and told from others by its hash (FNV-1a: G. Fowler, L. C. Noll,
-// K.-P. Vo, "The FNV non-cryptographic hash algorithm", RFC 9923).
+// A name that is too long for an extension is cut, and told from others by its hash (FNV-1a, by G. Fowler, L. C. Noll
+// and K.-P. Vo).
 #include "platform/qe/replace_file.hpp"
 
 #include <cerrno>
