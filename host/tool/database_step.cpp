@@ -140,12 +140,17 @@ make_database_actions(BUILD_SESSION& session, CREATE_IMAGE_DATABASE_ACTION& crea
         std::unique_ptr<ACTION_INTERFACE> action(create(processor, key));
         QString const database = database_of(*action, session);
         // A row without an extension, or with that of another, means a database that is still made.
-        if (databases.contains(database) || !QFileInfo::exists(database))
+        bool const is_left = QFileInfo::exists(database) || QFileInfo::exists(database_fragment(database));
+        if (databases.contains(database) || !is_left)
             continue;
         databases.insert(database);
         actions.push_back(std::move(action));
     }
     return actions;
+}
+
+QString database_fragment(QString const& database) {
+    return database.section(u'.', 0, -2) + QStringLiteral(".agf");
 }
 
 void add_unlisted_sources(PLANNED_ACTION& planned, BUILD_SESSION& session) {

@@ -2,6 +2,7 @@
 
 #include "host/framework/asset_fragment_file.hpp"
 #include "host/framework/version_control.hpp"
+#include "host/tool/database_step.hpp"
 #include "host/tool/failure_cause.hpp"
 #include "host/tool/memory_estimate.hpp"
 #include "host/tool/peak_memory.hpp"
@@ -67,7 +68,7 @@ std::optional<QString> prepare_targets(PLANNED_ACTION const& planned) {
 /// A database that has gone takes the fragment that declared it with it. Nothing, or why the fragment has to stay.
 std::optional<QString> remove_left_fragment(PLANNED_ACTION const& planned) {
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
-        QString const fragment = target.physical_path.section(u'.', 0, -2) + QStringLiteral(".agf");
+        QString const fragment = database_fragment(target.physical_path);
         if (!planned.is_last_step || QFileInfo::exists(target.physical_path) || !QFileInfo::exists(fragment))
             continue;
         if (auto refusal = framework::VERSION_CONTROL::current().remove(PHYSICAL_PATH(fragment)))

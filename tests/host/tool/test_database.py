@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import unittest
 
 from command_line import RULE, ProjectTest, tga
@@ -101,6 +102,19 @@ class Retail(ProjectTest):
         self.assertEqual([name for name in self.files() if "/" not in name],
                          [f"img_db__{name}.{kind}" for name in ("core", "s") for kind in ("agf", "bin")])
         self.assertIn("textures/north/b.dds", self.records("core"))
+
+    def test_a_fragment_that_has_to_stay_goes_with_a_later_build(self):
+        self.check(["build"], 0)
+        fragment = self.folder / "working_data/img_db__n.agf"
+        (self.folder / "raw_data/north/zab_rules.toml").unlink()
+        fragment.unlink()
+        self.write({"working_data/img_db__n.agf/in_the_way": ""})
+        _, _, err = self.check(["build"], 1)
+        self.assertIn("\nFailed to remove '@/working_data/img_db__n.agf': ", err)
+        shutil.rmtree(fragment)
+        fragment.write_text("")
+        self.check(["build"], 0)
+        self.assertFalse(fragment.exists())
 
     def test_expansions_without_a_row_of_their_own(self):
         self.write({"e.xml": "<table/>"})
