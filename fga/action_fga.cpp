@@ -15,7 +15,7 @@
 namespace {
 
 /// The header of a volume without levels. Only the depth flag is set, of all that say which fields count: readers of
-/// these textures go by the caps, and the files stay as they always were.
+/// these textures go by the caps.
 std::array<std::uint8_t, 128> volume_header(UTILITYLIB::VECTOR_3c const& size) {
     std::array<std::uint8_t, 128> header{};
     auto const put = [&](std::size_t offset, std::uint32_t value) {

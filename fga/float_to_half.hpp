@@ -1,6 +1,6 @@
-// IEEE 754 binary32 to binary16, as the textures of vector fields have it. The rule is the engine's own, and textures
-// that were made before must come out the same: ties go toward zero, NaN becomes infinity, and among the subnormals a
-// remainder must be above one half by more than 512 parts in 2^23 before it rounds up.
+// IEEE 754 binary32 to binary16, as the textures of vector fields have it. The rule is the engine's own, so that
+// its half floats and those of a texture are the same: ties go toward zero, NaN becomes infinity, and among the
+// subnormals a remainder must be above one half by more than 512 parts in 2^23 before it rounds up.
 #pragma once
 
 #include <bit>

@@ -29,17 +29,22 @@ bool is_space(char c) {
     return c == ' ' || static_cast<unsigned char>(c - '\t') < 5;
 }
 
-/// For Qt's own reading: of numbers in other spellings and beyond a float's range, and of what is no number at all.
+constexpr char const* byte_order_mark = "\xEF\xBB\xBF";
+
+/// For Qt's own reading: of numbers in other spellings and beyond a float's range, and of what is no number at all. A
+/// mark at the start of a number is no number, though decoding the number by itself would drop it.
 QString qt_text(std::string_view token) {
     constexpr std::size_t longest = 1 << 30;
-    return token.size() <= longest ? QString::fromUtf8(token.data(), static_cast<int>(token.size())) : QString();
+    return token.size() <= longest && !token.starts_with(byte_order_mark)
+               ? QString::fromUtf8(token.data(), static_cast<int>(token.size()))
+               : QString();
 }
 
 class NUMBERS {
 public:
     explicit NUMBERS(std::span<char const> text) : at_(text.data()), end_(text.data() + text.size()) {
         // Decoding text drops its mark.
-        if (text.size() >= 3 && std::memcmp(at_, "\xEF\xBB\xBF", 3) == 0)
+        if (text.size() >= 3 && std::memcmp(at_, byte_order_mark, 3) == 0)
             at_ += 3;
     }
 
@@ -115,7 +120,10 @@ private:
             if (failure == std::errc() && end == digits.data() + digits.size() && is_normal)
                 return static_cast<float>(number);
         }
-        return qt_text(token).toFloat();
+        // What lies beyond a float's range is not read either, though Qt gives infinity for it.
+        bool is_read = false;
+        float const value = qt_text(token).toFloat(&is_read);
+        return is_read ? value : 0;
     }
 
     char const* at_;

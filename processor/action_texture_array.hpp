@@ -17,6 +17,7 @@ public:
     STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) override;
 
 private:
+    bool has_legacy_fragment(FILE_MAP const& files) const;
     STATUS write_fragment(FILE_MAP const& files, RULE_CACHE const& rules);
     /// The fragment file of older versions. It may as well belong to a texture of the same name.
     PHYSICAL_PATH legacy_fragment() const;

@@ -117,8 +117,8 @@ std::optional<QString> ACTION_COMPARISON::answer_change(RECORDED_ACTION& recorde
 std::optional<QString> ACTION_COMPARISON::reason_to_run(PLANNED_ACTION const& planned, RECORDED_ACTION& recorded,
                                                         ACTION_SETTING const& setting, bool& is_refreshed) {
     is_refreshed = false;
-    if (recorded.has_failed)
-        return QStringLiteral("failed the last time");
+    if (recorded.end != RECORDED_ACTION::END::succeeded)
+        return reason_of(recorded.end);
     if (!(setting.plugin == plugin_))
         return QStringLiteral("the plug-in changed");
     if (setting.kind != kind_of(*planned.action))

@@ -1,5 +1,6 @@
 #include "host/tool/build_journal.hpp"
 
+#include "platform/qe/replace_file.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QDateTime>
@@ -56,8 +57,7 @@ QStringList files_at_risk(PLANNED_ACTION const& planned) {
 void remove_unfinished_files(UNFINISHED_ACTION const& action) {
     for (QString const& file : action.files) {
         QFile::remove(file);
-        QFile::remove(file + QStringLiteral(".part"));
-        // Qt's files that are written whole or not at all: the name and six letters. So is "rock.dds.backup", whose age
+        QFile::remove(QFile::decodeName(QE::unfinished_file(QFile::encodeName(file).toStdString()).c_str()));
         // tells it apart.
         QFileInfo const info(file);
         QString const beside = info.fileName() + u'.';

@@ -42,8 +42,8 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
         QString cause = result.killed_by.isEmpty() ? first_complaint(result.lines) : result.killed_by;
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
-        failures_.push_back({planned.id, planned.sources.isEmpty() ? planned.name : shown_file(planned.sources.first()),
-                             framework::printable(cause)});
+        std::optional<LOGICAL_PATH> const file = subject_of(planned);
+        failures_.push_back({planned.id, file ? shown_file(*file) : planned.name, framework::printable(cause)});
     }
     if (console_.verbosity() == VERBOSITY::quiet ? !failed : console_.error_is_terminal() && !has_block)
         return;

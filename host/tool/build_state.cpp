@@ -191,8 +191,8 @@ std::optional<QString> BUILD_STATE::reason_to_run(PLANNED_ACTION const& planned)
                                             .arg(shown_file(LOGICAL_PATH(*there)));
     }
     std::optional<RECORDED_ACTION> recorded = to_recorded_action(rows_[*claim.compared].content);
-    if (recorded && recorded->has_failed)
-        return QStringLiteral("failed the last time");
+    if (recorded && recorded->end != RECORDED_ACTION::END::succeeded)
+        return reason_of(recorded->end);
     ACTION_SETTING const* const shared = recorded ? setting(recorded->setting) : nullptr;
     if (!shared)
         return QStringLiteral("the build state is damaged");
@@ -321,6 +321,12 @@ void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& r
         if (target.temporary)
             targets.append(QDir::cleanPath(target.logical_path));
     std::erase_if(action.files, [&](framework::LOOK_UP const& look_up) { return targets.contains(look_up.path); });
+    // A file that the action itself took away is one that it would not find now.
+    for (framework::LOOK_UP& look_up : action.files)
+        for (ACTION_INTERFACE::REGISTERED_FILE const& file : result.record.registered)
+            if (file.kind == ACTION_INTERFACE::REGISTERED_FILE::KIND::removed && look_up.found &&
+                PATHS::logical_path(file.path).text() == look_up.path && !QFileInfo::exists(file.path))
+                look_up.found = false;
     action.textures = reads.textures;
     action.origins = reads.origins;
     for (QString const& table : reads.tables)
@@ -331,11 +337,11 @@ void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& r
     store(planned, action);
 }
 
-void BUILD_STATE::forget(PLANNED_ACTION const& planned) {
+void BUILD_STATE::forget(PLANNED_ACTION const& planned, RECORDED_ACTION::END end) {
     snapshots_.remove(planned.action);
     RECORDED_ACTION action;
     action.name = planned.name;
-    action.has_failed = true;
+    action.end = end;
     for (LOGICAL_PATH const& source : planned.sources)
         action.sources.push_back({source, {}});
     store(planned, action);

@@ -33,8 +33,8 @@ public:
     void starting(PLANNED_ACTION const& planned);
     /// The action ran and succeeded.
     void remember(PLANNED_ACTION const& planned, ACTION_RESULT const& result);
-    /// The action ran and failed.
-    void forget(PLANNED_ACTION const& planned);
+    /// The action ran, and ended so that it has to run again.
+    void forget(PLANNED_ACTION const& planned, RECORDED_ACTION::END end);
     /// Whether another action of the plan, as it ran last, has made this file without announcing it.
     bool is_registered_by_another(PLANNED_ACTION const& planned, QString const& file);
     /// The end of a build: what is still to be written is. One warning says so if that failed.

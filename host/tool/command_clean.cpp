@@ -53,7 +53,7 @@ private:
         TARGET_GUARD guard(opened.session.project().working);
         for (BUILD_STATE::STALE_TARGET const& stale : opened.state->stale_targets()) {
             PHYSICAL_PATH const path = PATHS::physical_path(stale.path);
-            if (guard.refusal(path).isEmpty())
+            if (guard.refusal(path).isEmpty() || is_array_fragment(stale.path))
                 remove_file(context.console, opened.session.project().working, path);
         }
         if (!dry_run_)
@@ -80,10 +80,17 @@ private:
                     remove_file(context.console, session.project().working, target.physical_path);
         // What is known of them goes with the state, so this is the last chance for all the others.
         for (LOGICAL_PATH const& path : state.known_targets())
-            if (guard.refusal(PATHS::physical_path(path)).isEmpty())
+            if (guard.refusal(PATHS::physical_path(path)).isEmpty() || is_array_fragment(path))
                 remove_file(context.console, session.project().working, PATHS::physical_path(path));
         remove_state(context.console, session.project().state_folder);
         return EXIT_CODE::success;
+    }
+
+    // The only files of the raw folder that a build makes. Those of arrays that are gone have no action to tell of
+    // them; the state knows them.
+    static bool is_array_fragment(LOGICAL_PATH const& path) {
+        return path.text().startsWith(QLatin1String("<raw>/")) && QDir::cleanPath(path) == path.text() &&
+               path.text().endsWith(QLatin1String(".texture_array.agf"));
     }
 
     void remove_file(CONSOLE& console, QString const& working, QString const& path) {

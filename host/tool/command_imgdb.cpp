@@ -1,4 +1,5 @@
 // zab imgdb FILE [NAME...]: the records of an image-information database, all of them or those of some images.
+#include "host/framework/printable.hpp"
 #include "host/tool/command.hpp"
 #include "platform/image_loader/image_format.hpp"
 #include "platform/image_loader/image_info_db_reader.hpp"
@@ -33,7 +34,8 @@ QString in_words(IMAGE_INFO_RECORD const& image) {
     QString const levels =
         image.number_of_mips == 1 ? QStringLiteral("1 level") : QStringLiteral("%1 levels").arg(image.number_of_mips);
     return QStringLiteral("%1: %2 x %3, %4, %5")
-        .arg(name_of(image), QString::number(image.width), QString::number(image.height), format_of(image), levels);
+        .arg(framework::printable(name_of(image)), QString::number(image.width), QString::number(image.height),
+             format_of(image), levels);
 }
 
 QJsonObject as_json(IMAGE_INFO_DB_READER const& database, IMAGE_INFO_RECORD const& image) {
@@ -71,14 +73,14 @@ public:
         QString const path = argument(file_);
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly)) {
-            context.console.error(QStringLiteral("%1: %2").arg(path, file.errorString()));
+            context.console.error(QStringLiteral("%1: %2").arg(framework::printable(path), file.errorString()));
             return EXIT_CODE::failed;
         }
         uchar const* const bytes = file.size() > 0 ? file.map(0, file.size()) : nullptr;
         IMAGE_INFO_DB_READER database;
         if (char const* const cause = database.open({reinterpret_cast<std::byte const*>(bytes),
                                                      bytes != nullptr ? static_cast<std::size_t>(file.size()) : 0})) {
-            context.console.error(QStringLiteral("%1: %2").arg(path, QLatin1String(cause)));
+            context.console.error(QStringLiteral("%1: %2").arg(framework::printable(path), QLatin1String(cause)));
             return EXIT_CODE::failed;
         }
 
@@ -90,7 +92,8 @@ public:
                 images.push_back(*image);
             } else {
                 all_found = false;
-                context.console.error(QStringLiteral("%1: there is no image %2").arg(path, argument(name)));
+                context.console.error(QStringLiteral("%1: there is no image %2")
+                                          .arg(framework::printable(path), framework::printable(argument(name))));
             }
         }
         for (std::uint32_t i = 0; names_.empty() && i < database.size(); ++i)

@@ -1,7 +1,6 @@
 #include "host/tool/database_step.hpp"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
@@ -92,18 +91,11 @@ PLAN last_step(std::vector<PLANNED_ACTION> actions, BUILD_SESSION& session, PLAN
         planned.targets.clear();
         QDateTime newest;
         planned.action->get_affected_files(planned.sources, planned.targets, newest, session.files(), session.rules());
+        add_unlisted_sources(planned, session);
     }
     PLAN step;
     step.actions = std::move(actions);
     return step;
-}
-
-/// A database that has gone takes the fragment that declared it with it.
-void remove_left_fragments(PLAN const& step, RELAY const& relay) {
-    for (PLANNED_ACTION const& planned : step.actions)
-        for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-            if (relay.has_succeeded(planned) && !QFileInfo::exists(target.physical_path))
-                QFile::remove(target.physical_path.section(u'.', 0, -2) + QStringLiteral(".agf"));
 }
 
 /// Every name that an "Expansion" rule gives.
@@ -119,14 +111,13 @@ QSet<QString> named_expansions(framework::PROJECT_RULE_CACHE const& rules) {
     return names;
 }
 
-/// Whether a file stands where the action would write.
-bool has_target(ACTION_INTERFACE& action, BUILD_SESSION& session) {
+/// The database that the action would write.
+QString database_of(ACTION_INTERFACE& action, BUILD_SESSION& session) {
     QVector<LOGICAL_PATH> sources;
     QVector<ACTION_INTERFACE::TARGET_FILE> targets;
     QDateTime newest;
     action.get_affected_files(sources, targets, newest, session.files(), session.rules());
-    return std::any_of(targets.begin(), targets.end(),
-                       [](auto const& target) { return QFileInfo::exists(target.physical_path); });
+    return targets.isEmpty() ? QString() : targets.first().physical_path.text();
 }
 
 }  // namespace
@@ -142,14 +133,34 @@ make_database_actions(BUILD_SESSION& session, CREATE_IMAGE_DATABASE_ACTION& crea
     named.sort();
     for (QString const& name : qAsConst(named))
         actions.emplace_back(create(processor, name));
+    QSet<QString> databases;
+    for (auto const& action : actions)
+        databases.insert(database_of(*action, session));
     for (QString const& key : session.tables().keys(QStringLiteral("texc_expansions"))) {
         if (named.contains(key, Qt::CaseInsensitive))
             continue;
         std::unique_ptr<ACTION_INTERFACE> action(create(processor, key));
-        if (has_target(*action, session))
-            actions.push_back(std::move(action));
+        QString const database = database_of(*action, session);
+        // A row without an extension, or with that of another, means a database that is still made.
+        bool const is_left = QFileInfo::exists(database) || QFileInfo::exists(database_fragment(database));
+        if (databases.contains(database) || !is_left)
+            continue;
+        databases.insert(database);
+        actions.push_back(std::move(action));
     }
     return actions;
+}
+
+QString database_fragment(QString const& database) {
+    return database.section(u'.', 0, -2) + QStringLiteral(".agf");
+}
+
+void add_unlisted_sources(PLANNED_ACTION& planned, BUILD_SESSION& session) {
+    QString const extension = QStringLiteral(".dds");
+    for (auto const& [path, entry] : session.files())
+        if (entry != nullptr && path.text().startsWith(QLatin1String("<working>/")) &&
+            !path.text().endsWith(extension) && entry->physical_path.text().endsWith(extension, Qt::CaseInsensitive))
+            planned.sources.append(path);
 }
 
 RUN_COUNTS run_with_last_step(PLAN plan, BUILD_SESSION& session, STEPPED_RUN const& stepped) {
@@ -178,7 +189,6 @@ RUN_COUNTS run_with_last_step(PLAN plan, BUILD_SESSION& session, STEPPED_RUN con
             take_in_made_files(session, plan, relay);
         step = last_step(std::move(last), session, plan, relay);
         RUN_COUNTS const more = stepped.run_part(step, {&relay});
-        remove_left_fragments(step, relay);
         counts.succeeded += more.succeeded;
         counts.made_no_file += more.made_no_file;
         counts.up_to_date += more.up_to_date;

@@ -12,9 +12,15 @@ namespace tool {
 
 /// Makes the actions, the core data's first. Without the global rule "Retail" there is no other. For retail there is
 /// one for each expansion that an "Expansion" rule names, and for those of the table texc_expansions that no rule names
-/// any more but whose database is still there: it has to go.
+/// any more but whose database, or its fragment, is still there, and no other action's: it has to go.
 std::vector<std::unique_ptr<ACTION_INTERFACE>>
 make_database_actions(BUILD_SESSION& session, CREATE_IMAGE_DATABASE_ACTION& create, PROCESSOR_INTERFACE& processor);
+
+/// The file beside a retail database that declares it in the asset graph.
+QString database_fragment(QString const& database);
+
+/// Adds the textures that the database reads without naming them as its sources: those that end in ".DDS".
+void add_unlisted_sources(PLANNED_ACTION& planned, BUILD_SESSION& session);
 
 struct STEPPED_RUN {
     bool fail_fast = false;

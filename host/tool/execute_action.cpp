@@ -2,6 +2,7 @@
 
 #include "host/framework/asset_fragment_file.hpp"
 #include "host/framework/version_control.hpp"
+#include "host/tool/database_step.hpp"
 #include "host/tool/failure_cause.hpp"
 #include "host/tool/memory_estimate.hpp"
 #include "host/tool/peak_memory.hpp"
@@ -64,6 +65,20 @@ std::optional<QString> prepare_targets(PLANNED_ACTION const& planned) {
     return {};
 }
 
+/// A database that has gone takes the fragment that declared it with it. Nothing, or why the fragment has to stay.
+std::optional<QString> remove_left_fragment(PLANNED_ACTION const& planned) {
+    for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
+        QString const fragment = database_fragment(target.physical_path);
+        if (!planned.is_last_step || QFileInfo::exists(target.physical_path) || !QFileInfo::exists(fragment))
+            continue;
+        if (auto refusal = framework::VERSION_CONTROL::current().remove(PHYSICAL_PATH(fragment)))
+            return refusal;
+        if (QFile file(fragment); !file.remove())
+            return QStringLiteral("Failed to remove '%1': %2").arg(fragment, file.errorString());
+    }
+    return {};
+}
+
 /// What is wrong with an action that says that it succeeded; empty when nothing is. Some actions take the existence of
 /// their target for their success, so a file of an earlier build must not stand in for one that was not written.
 QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STATE> const& before) {
@@ -74,8 +89,11 @@ QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STATE> con
         ACTION_INTERFACE::TARGET_FILE const& target = planned.targets[static_cast<int>(i)];
         if (!target.temporary && after[i].exists() && after[i] == before[i])
             return QStringLiteral("The target was not written: ") + target.physical_path.text();
+        // A database that has nothing to hold is gone without a word; else it could not be saved.
+        if (planned.is_last_step && !after[i].exists() && !planned.action->output_lines().isEmpty())
+            return QStringLiteral("The target was not made: ") + target.physical_path.text();
     }
-    return {};
+    return remove_left_fragment(planned).value_or(QString());
 }
 
 /// Whether the action itself did away with a file that it had announced: one that an earlier build left over.
@@ -186,6 +204,8 @@ void take_back_targets(PLANNED_ACTION const& planned) {
     if (planned.action->revert_target_files_if_failed())
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
             framework::VERSION_CONTROL::current().revert(target.physical_path);
+    // The action has failed already; why its fragment has to stay as well is told by the next build.
+    static_cast<void>(remove_left_fragment(planned));
 }
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 #include "host/tool/planner.hpp"
 
 #include "host/framework/printable.hpp"
+#include "host/tool/database_step.hpp"
 #include "host/tool/target_guard.hpp"
 #include "processor/host/paths.hpp"
 
@@ -52,6 +53,8 @@ private:
             planned.name = framework::printable(action->get_name(true));
             QDateTime newest;
             action->get_affected_files(planned.sources, planned.targets, newest, session_.files(), session_.rules());
+            if (are_last_step)
+                add_unlisted_sources(planned, session_);
             if (!action->error().isEmpty()) {
                 planned.state = PLANNED_ACTION::STATE::error;
                 planned.error = action->error();
@@ -68,7 +71,7 @@ private:
     QString target_rules(PLANNED_ACTION const& planned) const {
         QStringList places;
         for (QString const& name : session_.rules().rule_names()) {
-            if (planned.sources.isEmpty())
+            if (planned.sources.isEmpty() || planned.is_last_step)
                 break;
             RULE const rule = session_.rules().get(planned.sources.first(), name);
             for (char const* property : {"TargetPath", "TargetBaseName"}) {
@@ -127,9 +130,8 @@ private:
     }
 
     QString described(PLANNED_ACTION const& planned) const {
-        QString const source =
-            planned.sources.isEmpty() ? QString() : shown_file(planned.sources.first()) + QStringLiteral(": ");
-        return source + planned.name + target_rules(planned);
+        std::optional<LOGICAL_PATH> const file = subject_of(planned);
+        return (file ? shown_file(*file) + QStringLiteral(": ") : QString()) + planned.name + target_rules(planned);
     }
 
     void connect() {
@@ -248,6 +250,12 @@ bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target) {
     return target.temporary && target.logical_path.text().startsWith(QLatin1String("<raw>/"));
 }
 
+std::optional<LOGICAL_PATH> subject_of(PLANNED_ACTION const& planned) {
+    if (planned.is_last_step)
+        return planned.targets.isEmpty() ? std::nullopt : std::optional(planned.targets.first().logical_path);
+    return planned.sources.isEmpty() ? std::nullopt : std::optional(planned.sources.first());
+}
+
 PLAN make_plan(BUILD_SESSION& session) {
     return PLANNER(session).plan();
 }
@@ -257,6 +265,9 @@ void restrict_plan(PLAN& plan, std::vector<QString> const& paths) {
     // Needs stand before those who need them, so one pass from the end finds them all.
     for (std::size_t i = plan.actions.size(); i-- > 0;) {
         PLANNED_ACTION const& planned = plan.actions[i];
+        // It reads everything, so it would have everything built.
+        if (planned.is_last_step)
+            continue;
         for (LOGICAL_PATH const& source : planned.sources)
             for (QString const& path : paths)
                 if (source.text() == path || source.text().startsWith(path.endsWith(u'/') ? path : path + u'/'))

@@ -48,6 +48,10 @@ bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::
 /// succeeds. Nobody else may.
 bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target);
 
+/// The file by which people know the action: its first source, or for the last step, which reads everything, what it
+/// makes.
+std::optional<LOGICAL_PATH> subject_of(PLANNED_ACTION const& planned);
+
 struct PLAN {
     /// The raw files that some action of the project reads, whether that action runs or not.
     QSet<QString> raw_sources;
@@ -62,7 +66,8 @@ struct PLAN {
 
 PLAN make_plan(BUILD_SESSION& session);
 
-/// Keeps the actions that read a file at or below one of these logical paths, and the actions that those need.
+/// Keeps the actions that read a file at or below one of these logical paths, and the actions that those need. The last
+/// step is never kept.
 void restrict_plan(PLAN& plan, std::vector<QString> const& paths);
 
 /// A project path as people see it: where the file lies, relative to the current folder when it is in it.

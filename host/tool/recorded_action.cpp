@@ -62,11 +62,16 @@ std::vector<framework::RULE_READ> with_source_places(std::vector<framework::RULE
     return placed;
 }
 
+QString reason_of(RECORDED_ACTION::END end) {
+    return end == RECORDED_ACTION::END::failed ? QStringLiteral("failed the last time")
+                                               : QStringLiteral("made no file the last time");
+}
+
 QByteArray to_bytes(RECORDED_ACTION const& action) {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     stream.setVersion(stream_version);
-    stream << action.name.toUtf8() << action.has_failed << static_cast<qint64>(action.setting);
+    stream << action.name.toUtf8() << static_cast<quint8>(action.end) << static_cast<qint64>(action.setting);
     write_all(stream, action.sources);
     write_all(stream, action.targets);
     stream << static_cast<quint32>(action.announced_targets);
@@ -91,9 +96,10 @@ QByteArray to_bytes(ACTION_SETTING const& setting) {
 std::optional<RECORDED_ACTION> to_recorded_action(QByteArray const& bytes) {
     return read_whole<RECORDED_ACTION>(bytes, [](QDataStream& stream, RECORDED_ACTION& action) {
         QByteArray name;
+        quint8 end = 0;
         qint64 setting = 0;
         quint32 announced = 0;
-        stream >> name >> action.has_failed >> setting;
+        stream >> name >> end >> setting;
         read_all(stream, action.sources);
         read_all(stream, action.targets);
         stream >> announced;
@@ -105,7 +111,8 @@ std::optional<RECORDED_ACTION> to_recorded_action(QByteArray const& bytes) {
         action.name = QString::fromUtf8(name);
         action.setting = setting;
         action.announced_targets = announced;
-        if (announced > action.targets.size())
+        action.end = static_cast<RECORDED_ACTION::END>(end);
+        if (announced > action.targets.size() || end > static_cast<quint8>(RECORDED_ACTION::END::made_no_file))
             stream.setStatus(QDataStream::ReadCorruptData);
     });
 }

@@ -15,10 +15,12 @@ struct RECORDED_FILE {
 };
 
 struct RECORDED_ACTION {
+    enum class END : quint8 { succeeded, failed, made_no_file };
+
     /// The detailed name.
     QString name;
-    /// It ran and failed. Nothing else is known then.
-    bool has_failed = false;
+    /// How it ended. Unless it succeeded, nothing else is known.
+    END end = END::succeeded;
     /// The setting's number.
     std::int64_t setting = 0;
     /// By logical path, in the action's own order.
@@ -46,6 +48,9 @@ struct ACTION_SETTING {
 };
 
 inline QString const every_source = QStringLiteral("#*");
+
+/// Why an action that ended so has to run again.
+QString reason_of(RECORDED_ACTION::END end);
 
 /// Puts the places of sources for their paths, and one entry for all sources that answered alike.
 std::vector<framework::RULE_READ> with_source_places(std::vector<framework::RULE_READ> const& reads,

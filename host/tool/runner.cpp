@@ -361,10 +361,9 @@ private:
         if (signals_ > 0) {
             result.status = ACTION_RESULT::STATUS::interrupted;
         } else {
-            QString const source = planned.sources.isEmpty()
-                                       ? QString()
-                                       : QStringLiteral(" on %1").arg(shown_file(planned.sources.first()));
-            QString const line = QStringLiteral("\"%1\"%2: %3").arg(planned.name, source, result.killed_by);
+            std::optional<LOGICAL_PATH> const file = subject_of(planned);
+            QString const place = file ? QStringLiteral(" on %1").arg(shown_file(*file)) : QString();
+            QString const line = QStringLiteral("\"%1\"%2: %3").arg(planned.name, place, result.killed_by);
             result.lines += line;
             line_to_observers(planned)(line);
         }
@@ -374,10 +373,13 @@ private:
 
     // After a run; of actions that were not run, the state knows what it knew.
     void note_in_state(PLANNED_ACTION& planned, ACTION_RESULT const& result) {
-        if (result.status == ACTION_RESULT::STATUS::succeeded)
+        // Where no file was made and something was said about it, the next build is to try again.
+        if (result.status == ACTION_RESULT::STATUS::succeeded && result.made_no_file && !result.lines.isEmpty())
+            state_.forget(planned, RECORDED_ACTION::END::made_no_file);
+        else if (result.status == ACTION_RESULT::STATUS::succeeded)
             state_.remember(planned, result);
         else if (result.status == ACTION_RESULT::STATUS::failed && planned.state == PLANNED_ACTION::STATE::run)
-            state_.forget(planned);
+            state_.forget(planned, RECORDED_ACTION::END::failed);
     }
 
     void finish(std::size_t action, ACTION_RESULT const& result) {

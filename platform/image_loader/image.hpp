@@ -1,4 +1,4 @@
-// The maker's image: one two-dimensional picture with its mip levels, loaded from the bytes of a file, wrapped around
+// The engine's image: one two-dimensional picture with its mip levels, loaded from the bytes of a file, wrapped around
 // memory of the caller, or with memory of its own. Images that could not be made are not valid and say why; nothing is
 // thrown.
 #pragma once

@@ -1,4 +1,4 @@
-// The numbers by which the maker's image loader names file kinds and texel layouts. Those that other programs see (the
+// The numbers by which the image loader names file kinds and texel layouts. Those that other programs see (the
 // image-information database, format tables) are fixed; the rest fill the gaps.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The maker's image-information database: what the headers of a game's textures say, gathered by a build and saved as
+// The engine's image-information database: what the headers of a game's textures say, gathered by a build and saved as
 // one file, so that a runtime knows sizes and formats without opening the textures. IMAGE_INFO_DB_READER reads the file
 // back.
 #pragma once

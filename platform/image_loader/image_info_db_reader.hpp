@@ -9,19 +9,19 @@
 //
 // The file, every number little-endian:
 //
+// clang-format off
 //     header     0   8  "ZABIMGDB"            24   4  number of images
 //                8   4  version (1)           28   4  number of surfaces
 //               12   4  CRC-32 of all bytes   32   8  bytes of the names
 //                       from 16 on            40  24  0
 //               16   8  size of the file
 //     images    40 bytes each, sorted by name (as unsigned bytes), no name twice: offset of the name among the names,
-//     its
-//               length, width, height, texel format, image format, number of mips, number of its first surface, a
+//               its length, width, height, texel format, image format, number of mips, number of its first surface, a
 //               number of the caller's (0), 0; 4 bytes each
-//     surfaces  24 bytes each, one for each mip, the largest first: offset from the first texel, bytes, row pitch; 8
-//     bytes
-//               each. Images of one layout share theirs.
+//     surfaces  24 bytes each, one for each mip, the largest first: offset from the first texel, bytes, row pitch;
+//               8 bytes each. Images of one layout share theirs.
 //     names     each followed by a byte 0
+// clang-format on
 #pragma once
 
 #include <bit>

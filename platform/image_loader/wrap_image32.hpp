@@ -1,4 +1,4 @@
-// The maker's plain 32-bit image, seen as an image of the loader.
+// The engine's plain 32-bit image, seen as an image of the loader.
 #pragma once
 
 #include "platform/image_loader/image.hpp"

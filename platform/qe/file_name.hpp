@@ -1,4 +1,4 @@
-// The maker's name of a file in a database: 8-bit text in the local encoding of the file system, '/' between sections.
+// The engine's name of a file in a database: 8-bit text in the local encoding of the file system, '/' between sections.
 // Names that differ in case are different names.
 #pragma once
 

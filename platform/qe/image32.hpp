@@ -1,4 +1,4 @@
-// The maker's 32-bit image: what the TGA reader gives and what the channel-combining actions build.
+// The engine's 32-bit image: what the TGA reader gives and what the channel-combining actions build.
 #pragma once
 
 #include "platform/checked_size.hpp"

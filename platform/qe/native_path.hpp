@@ -1,5 +1,5 @@
-// From the maker's wide text to a path of this system. The standard library's own way asks the C locale, which knows no
-// letters beyond ASCII; names on disk here are UTF-8.
+// From the engine's wide text to a path of this system. The standard library's own way asks the C locale, which knows
+// no letters beyond ASCII; names on disk here are UTF-8.
 #pragma once
 
 #include "platform/qe/uni_string.hpp"

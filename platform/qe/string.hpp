@@ -1,4 +1,4 @@
-// The maker's 8-bit text: a path or a name in the local encoding of the file system. Thin on purpose: it marks which
+// The engine's 8-bit text: a path or a name in the local encoding of the file system. Thin on purpose: it marks which
 // encoding a text is in, and everything else is done by std::string.
 #pragma once
 

@@ -8,7 +8,7 @@
 
 namespace QE {
 
-/// How the texels of a TGA file are coded. `unsupported` is the maker's number for everything that is not read.
+/// How the texels of a TGA file are coded. `unsupported` stands for everything that is not read.
 enum class TGA_PIXEL_FORMAT : std::uint32_t {
     grey_8 = 0,
     grey_alpha_16 = 1,

@@ -1,4 +1,4 @@
-// The maker's wide text, for paths that may hold characters that the local 8-bit encoding lacks. Thin on purpose: it
+// The engine's wide text, for paths that may hold characters that the local 8-bit encoding lacks. Thin on purpose: it
 // marks the encoding, and std::wstring does the work.
 #pragma once
 

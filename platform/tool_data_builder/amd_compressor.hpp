@@ -1,5 +1,5 @@
-// The tool-data builder library's second compressor: images of the maker's 32-bit type in, one DDS file with a full mip
-// chain and a legacy header out.
+// The tool-data builder library's second compressor: images of the engine's 32-bit type in, one DDS file with a full
+// mip chain and a legacy header out.
 #pragma once
 
 #include "platform/qe/image32.hpp"

@@ -1,3 +1,4 @@
+#include "host/framework/version_control.hpp"
 #include "processor/action_texture_array.hpp"
 #include "processor/host/asset_graph.hpp"
 #include "processor/host/paths.hpp"
@@ -13,6 +14,14 @@
 #include <vector>
 
 namespace {
+
+class REFUSING_VERSION_CONTROL : public framework::VERSION_CONTROL {
+public:
+    FAILURE prepare_write(PHYSICAL_PATH const&) override { return {}; }
+    FAILURE add(PHYSICAL_PATH const&) override { return {}; }
+    FAILURE remove(PHYSICAL_PATH const&) override { return QStringLiteral("somebody holds it"); }
+    FAILURE revert(PHYSICAL_PATH const&) override { return {}; }
+};
 
 class action_texture_array : public testing::Test {
 protected:
@@ -121,6 +130,25 @@ TEST_F(action_texture_array, failures_leave_legacy_fragments) {
     EXPECT_EQ(lines,
               "raw/x.texture_array.agf: the asset-graph fragment 'x.texture_array' already stands in /elsewhere.agf");
     EXPECT_TRUE(QFile::exists(folder.path("raw/x.agf")));
+
+    folder.write("raw/z.agf");
+    know("z.agf");
+    folder.write("raw/z.texture_array", "t/a");
+    REFUSING_VERSION_CONTROL refusing;
+    framework::VERSION_CONTROL::set_current(&refusing);
+    run("z.texture_array");
+    framework::VERSION_CONTROL::set_current(nullptr);
+    EXPECT_EQ(status, ACTION_INTERFACE::STATUS_FAILED);
+    EXPECT_EQ(lines, "somebody holds it");
+    EXPECT_TRUE(QFile::exists(folder.path("raw/z.agf")));
+}
+
+TEST_F(action_texture_array, lists_that_cannot_be_read) {
+    folder.write("raw/x.texture_array", QByteArray((16 << 20) + 1, '\n'));
+    run("x.texture_array");
+    EXPECT_EQ(status, ACTION_INTERFACE::STATUS_FAILED);
+    EXPECT_EQ(lines, "Failed to read file: raw/x.texture_array: it is larger than 16 MiB");
+    EXPECT_EQ(needs("x.texture_array.agf"), "-");
 }
 
 }  // namespace

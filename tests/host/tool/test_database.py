@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import unittest
 
 from command_line import RULE, ProjectTest, tga
@@ -102,11 +103,53 @@ class Retail(ProjectTest):
                          [f"img_db__{name}.{kind}" for name in ("core", "s") for kind in ("agf", "bin")])
         self.assertIn("textures/north/b.dds", self.records("core"))
 
+    def test_a_fragment_that_has_to_stay_goes_with_a_later_build(self):
+        self.check(["build"], 0)
+        fragment = self.folder / "working_data/img_db__n.agf"
+        (self.folder / "raw_data/north/zab_rules.toml").unlink()
+        fragment.unlink()
+        self.write({"working_data/img_db__n.agf/in_the_way": ""})
+        _, _, err = self.check(["build"], 1)
+        self.assertIn("\nFailed to remove '@/working_data/img_db__n.agf': ", err)
+        shutil.rmtree(fragment)
+        fragment.write_text("")
+        self.check(["build"], 0)
+        self.assertFalse(fragment.exists())
+
     def test_expansions_without_a_row_of_their_own(self):
         self.write({"e.xml": "<table/>"})
         status, _, err = self.zab("build")
         self.assertEqual(status, 2)
         self.assertIn("two actions would write working_data/img_db__core.bin\n", err)
+
+    def test_rows_whose_database_is_still_made(self):
+        self.write({"e.xml": '<table><row name="north" pack_filename_extension="n"/><row name="south" pack_filename_extension="s"/>'
+                             '<row name="west" pack_filename_extension=""/><row name="east" pack_filename_extension="n"/></table>'})
+        self.check(["build"], 0)
+        self.assertRegex(self.check(["build"], 0)[2], r"^0 built, 8 up to date, 0 failed in ")
+
+    def test_a_database_that_cannot_be_saved(self):
+        self.write({"working_data/img_db__n.bin.part/in_the_way": ""})
+        for arguments, what in (([], "made"), (["--force"], "written")):
+            _, _, err = self.check(["build", *arguments], 1)
+            self.assertIn(f"\nThe target was not {what}: @/working_data/img_db__n.bin\n", err)
+            self.assertRegex(err, r"\n  working_data/img_db__n\.bin: ")
+            self.assertEqual([name for name in self.files() if "/" not in name],
+                             [f"img_db__{name}.{kind}" for name in ("core", "s") for kind in ("agf", "bin")])
+            (self.folder / "working_data/img_db__n.bin.part/in_the_way").unlink()
+            self.check(["build"], 0)
+            self.assertIn("textures/north/b.dds", self.records("n"))
+            self.write({"working_data/img_db__n.bin.part/in_the_way": ""})
+
+    def test_files_in_capitals_and_with_odd_names(self):
+        self.write({"zab.toml": ENABLED + RULE})
+        self.check(["build"], 0)
+        texture = (self.folder / "working_data/textures/a.dds").read_bytes()
+        self.write({"working_data/X\x1b[31m.DDS": texture})
+        self.check(["build"], 0)
+        _, out, _ = self.check(["imgdb", "working_data/img_db.bin"], 0)
+        self.assertTrue(out.startswith("X\\x1b[31m.DDS: 8 x 8, "), out)
+        self.check(["build", "-n", "--force", "working_data/textures/a.dds"], 0, "")
 
     def test_not_for_retail_there_is_one(self):
         self.write({"zab.toml": ENABLED + RULE})
@@ -131,11 +174,32 @@ class Fragments(ProjectTest):
         self.assertEqual(self.files("raw_data"), ["d/a.tga", "d/x.texture_array", "d/x.texture_array.agf"])
         self.assertIn('<dependency fragment="textures/d/a.dds" kind="all"/>',
                       (self.folder / "raw_data/d/x.texture_array.agf").read_text())
+        self.assertRegex(self.check(["build"], 0)[2], r"^0 built, 2 up to date, ")
+        # One that comes back, and one that only now belongs to no texture.
+        for before in ({"raw_data/d/x.agf": "of old"}, {"raw_data/d/x.agf": "of old", "raw_data/d/x.dds": ""}):
+            self.write(before)
+            self.zab("build")
+            self.assertEqual((self.folder / "raw_data/d/x.agf").exists(), len(before) == 2)
+        (self.folder / "raw_data/d/x.dds").unlink()
+        self.check(["build"], 0)
+        self.assertFalse((self.folder / "raw_data/d/x.agf").exists())
         self.write({"raw_data/d/x.agf": "of old"})
         self.check(["build", "-n", "--explain"], 0,
                    "would run: Asset Graph (x.texture_array): raw_data/d/x.agf is there and is to go\n", "")
         self.check(["clean"], 0)
         self.assertEqual(self.files("raw_data"), ["d/a.tga", "d/x.agf", "d/x.texture_array"])
+
+    def test_a_list_that_is_gone_leaves_a_fragment_to_clean(self):
+        lists = ["raw_data/a.texture_array", "raw_data/b.texture_array"]
+        for arguments in (["clean", "--stale"], ["clean"]):
+            self.write({"zab.toml": "", **{name: "" for name in lists}})
+            self.check(["build"], 0)
+            for name in lists:
+                (self.folder / name).unlink()
+            self.write({"raw_data/b.texture_array.agf": "changed by hand"})
+            self.check(arguments, 0)
+            self.assertEqual(self.files("raw_data"), ["b.texture_array.agf"])
+            (self.folder / "raw_data/b.texture_array.agf").unlink()
 
     def test_a_failure_takes_the_new_fragment_and_leaves_the_old(self):
         self.write({"zab.toml": "", "raw_data/a.texture_array": "", "raw_data/a.agf": "", "raw_data/a.texture_array.agf": ""})

@@ -63,6 +63,13 @@ class Reasons(StateTest):
         self.build()
         self.settled()
 
+    def test_no_file_and_something_said_of_it(self):
+        self.write({"raw_data/p.step": "say why\nidle\nmakes p.out", "raw_data/q.step": "idle\nmakes q.out"})
+        self.build()
+        for _ in range(2):
+            self.assertEqual(self.reasons(), {"p": "made no file the last time"})
+            self.assertEqual(self.build()[0], ["p"])
+
     def test_changes(self):
         rules, c = "raw_data/zab_rules.toml", "makes c.out\nregisters c1.out\nmakes c2.out"
         table = '[[rule]]\nname = "Step"\nmatch = "a.step"\nFormat = "bc7"\n'

@@ -1,0 +1,44 @@
+// Files that take their place whole, under names of any length that a folder can hold.
+#include "platform/qe/replace_file.hpp"
+
+#include "tests/platform/temporary_file.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+TEST(replace_file, takes_names_of_every_length) {
+    platform_test::TEMPORARY_FILE const folder("");
+    std::filesystem::create_directory(folder.path());
+    std::string umlauts;
+    while (umlauts.size() < 254)
+        umlauts += "\xC3\xA4";
+    std::vector<std::string> const names = {
+        "a",     std::string(250, 'a'), std::string(251, 'a'), std::string(255, 'a'), std::string(254, 'a') + 'b',
+        umlauts, umlauts + 'a',         'a' + umlauts};
+    for (std::string const& name : names) {
+        std::string const unfinished = QE::unfinished_file(folder.path() / name).filename().string();
+        EXPECT_LE(unfinished.size(), 255U) << name;
+        EXPECT_TRUE(unfinished.ends_with(".part")) << unfinished;
+        if (name.size() <= 250) {
+            EXPECT_EQ(unfinished, name + ".part");
+        }
+        // No character is cut in two.
+        EXPECT_EQ(std::count(unfinished.begin(), unfinished.end(), '\xC3'),
+                  std::count(unfinished.begin(), unfinished.end(), '\xA4'));
+        for (std::string const& other : names)
+            EXPECT_EQ(unfinished == QE::unfinished_file(other), name == other) << name << ' ' << other;
+        for (std::uint8_t const byte : {1, 2}) {
+            std::string cause;
+            ASSERT_TRUE(QE::replace_file(folder.path() / name, std::span(&byte, 1), cause)) << name << cause;
+            EXPECT_EQ(std::ifstream(folder.path() / name).get(), byte);
+            EXPECT_FALSE(std::filesystem::exists(folder.path() / unfinished));
+        }
+    }
+    std::filesystem::remove_all(folder.path());
+}
+
+}  // namespace
