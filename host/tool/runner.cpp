@@ -373,8 +373,9 @@ private:
 
     // After a run; of actions that were not run, the state knows what it knew.
     void note_in_state(PLANNED_ACTION& planned, ACTION_RESULT const& result) {
-        // Where no file was made and something was said about it, the next build is to try again.
-        if (result.status == ACTION_RESULT::STATUS::succeeded && result.made_no_file && !result.lines.isEmpty())
+        // Where a file was announced and not made, the next build is to try again: some actions take a target that they
+        // cannot open for no failure. Only the last step may have nothing to record.
+        if (result.status == ACTION_RESULT::STATUS::succeeded && result.made_no_file && !planned.is_last_step)
             state_.forget(planned, RECORDED_ACTION::END::made_no_file);
         else if (result.status == ACTION_RESULT::STATUS::succeeded)
             state_.remember(planned, result);
