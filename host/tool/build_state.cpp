@@ -386,7 +386,12 @@ void BUILD_STATE::leave_behind(RECORDED_ACTION const& former, RECORDED_ACTION co
 // their stamps. Their contents have to be those recorded, or somebody has changed them since.
 void BUILD_STATE::settle(bool wait) {
     std::vector<UNSETTLED> left;
+    auto const now = std::chrono::steady_clock::now();
     for (UNSETTLED& unsettled : unsettled_) {
+        if (!wait && now < unsettled.next_look) {
+            left.push_back(std::move(unsettled));
+            continue;
+        }
         bool is_open = false;
         bool is_refreshed = false;
         for (std::vector<RECORDED_FILE>* const files : {&unsettled.action.sources, &unsettled.action.targets}) {
@@ -399,11 +404,12 @@ void BUILD_STATE::settle(bool wait) {
                     std::this_thread::sleep_for(std::chrono::nanoseconds(time));
                 if (time > 0 && !wait) {
                     is_open = true;
+                    unsettled.next_look = now + std::chrono::nanoseconds(time);
                     break;
                 }
-                FILE_CONTENTS const now = looker_.look(path);
-                if (now.exists && now.hash == file.contents.hash && now.stamp.exists()) {
-                    file.contents.stamp = now.stamp;
+                FILE_CONTENTS const found = looker_.look(path);
+                if (found.exists && found.hash == file.contents.hash && found.stamp.exists()) {
+                    file.contents.stamp = found.stamp;
                     is_refreshed = true;
                 }
             }

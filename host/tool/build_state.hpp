@@ -7,6 +7,8 @@
 #include "host/tool/execute_action.hpp"
 #include "host/tool/state_store.hpp"
 
+#include <chrono>
+
 namespace tool {
 
 class BUILD_STATE {
@@ -74,6 +76,8 @@ private:
     struct UNSETTLED {
         std::size_t row;
         RECORDED_ACTION action;
+        /// No file of it is settled before.
+        std::chrono::steady_clock::time_point next_look = {};
     };
 
     void read_rows();

@@ -4,11 +4,11 @@
 #include "host/framework/version_control.hpp"
 #include "host/tool/database_step.hpp"
 #include "host/tool/failure_cause.hpp"
+#include "host/tool/file_contents.hpp"
 #include "host/tool/memory_estimate.hpp"
 #include "host/tool/peak_memory.hpp"
 #include "processor/host/paths.hpp"
 
-#include <QDateTime>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -26,22 +26,11 @@ namespace tool {
 
 namespace {
 
-/// Tells one writing of a file from another: the time stamp and size of what is there, or nothing.
-struct FILE_STATE {
-    QDateTime modified;
-    qint64 size = -1;
-
-    bool exists() const { return size >= 0; }
-    friend bool operator==(FILE_STATE const&, FILE_STATE const&) = default;
-};
-
-std::vector<FILE_STATE> target_states(PLANNED_ACTION const& planned) {
-    std::vector<FILE_STATE> states;
-    for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
-        QFileInfo const info(target.physical_path);
-        states.push_back(info.exists() ? FILE_STATE{info.lastModified(), info.size()} : FILE_STATE{});
-    }
-    return states;
+std::vector<FILE_STAMP> target_stamps(PLANNED_ACTION const& planned) {
+    std::vector<FILE_STAMP> stamps;
+    for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
+        stamps.push_back(stamp_of(target.physical_path));
+    return stamps;
 }
 
 /// Why no file can be made in the folder, or in the nearest one above it that exists; nothing when one can.
@@ -81,10 +70,10 @@ std::optional<QString> remove_left_fragment(PLANNED_ACTION const& planned) {
 
 /// What is wrong with an action that says that it succeeded; empty when nothing is. Some actions take the existence of
 /// their target for their success, so a file of an earlier build must not stand in for one that was not written.
-QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STATE> const& before) {
+QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STAMP> const& before) {
     if (planned.action->version_control_failed())
         return QStringLiteral("Version control refused a file");
-    std::vector<FILE_STATE> const after = target_states(planned);
+    std::vector<FILE_STAMP> const after = target_stamps(planned);
     for (std::size_t i = 0; i < after.size(); ++i) {
         ACTION_INTERFACE::TARGET_FILE const& target = planned.targets[static_cast<int>(i)];
         if (!target.temporary && after[i].exists() && after[i] == before[i])
@@ -149,7 +138,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     QString own_line;
     framework::READ_RECORDER recorder;
     ACTION_INTERFACE::STATUS status = ACTION_INTERFACE::STATUS_FAILED;
-    std::vector<FILE_STATE> const before = target_states(planned);
+    std::vector<FILE_STAMP> const before = target_stamps(planned);
     if (auto const refusal = prepare_targets(planned))
         own_line = *refusal;
     else

@@ -1,7 +1,8 @@
 #include "host/tool/peak_memory.hpp"
 
 #include <fstream>
-#include <string>
+
+#include <sys/resource.h>
 
 namespace tool {
 
@@ -10,12 +11,10 @@ void reset_peak_memory() {
 }
 
 std::optional<std::uint64_t> peak_memory() {
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    while (status >> word)
-        if (std::uint64_t kilobytes = 0; word == "VmHWM:" && status >> kilobytes)
-            return kilobytes * 1024;
-    return std::nullopt;
+    rusage usage = {};
+    if (getrusage(RUSAGE_SELF, &usage) != 0)
+        return std::nullopt;
+    return static_cast<std::uint64_t>(usage.ru_maxrss) * 1024;
 }
 
 }  // namespace tool

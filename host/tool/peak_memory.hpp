@@ -1,4 +1,5 @@
-// How much memory the program held at most since a moment, as the Linux kernel counts it (proc(5): clear_refs, VmHWM).
+// How much memory the program held at most since a moment, as the Linux kernel counts it (proc(5): clear_refs, which
+// begins what getrusage(2) tells anew).
 #pragma once
 
 #include <cstdint>

@@ -153,7 +153,8 @@ private:
 
     std::uint64_t need_of(std::size_t action) {
         auto const [entry, is_new] = needs_.emplace(action, 0);
-        if (is_new)
+        // Nothing runs beside the action of a single worker.
+        if (is_new && most_workers_ > 1)
             entry->second = estimate_memory(plan_.actions[action]);
         return entry->second;
     }
