@@ -82,10 +82,15 @@ private:
             {
                 std::lock_guard const guard(mutex_);
                 is_running = running_ != nullptr;
-                tell_progress();
             }
             pollfd entry = {socket_, POLLIN, 0};
-            if (poll(&entry, 1, is_running ? progress_milliseconds : -1) <= 0)
+            int const ready = poll(&entry, 1, is_running ? progress_milliseconds : -1);
+            // A short action is over before anybody wants to know how far it is.
+            if (ready == 0) {
+                std::lock_guard const guard(mutex_);
+                tell_progress();
+            }
+            if (ready <= 0)
                 continue;
             if (reader.receive(socket_, true) == MESSAGE_READER::STATE::closed)
                 _exit(0);
