@@ -38,20 +38,6 @@ bool is_settled(RECORDED_ACTION const& action) {
            std::none_of(action.targets.begin(), action.targets.end(), is_open);
 }
 
-QByteArray to_bytes(FILE_CONTENTS const& contents) {
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream << contents;
-    return bytes;
-}
-
-FILE_CONTENTS to_contents(QByteArray const& bytes) {
-    QDataStream stream(bytes);
-    FILE_CONTENTS contents;
-    stream >> contents;
-    return stream.status() == QDataStream::Ok ? contents : FILE_CONTENTS();
-}
-
 }  // namespace
 
 BUILD_STATE::BUILD_STATE(BUILD_SESSION& session, CONSOLE& console)
@@ -289,7 +275,7 @@ std::vector<framework::RULE_READ> BUILD_STATE::all_rule_reads(PLANNED_ACTION con
 }
 
 std::int64_t BUILD_STATE::setting_id(ACTION_SETTING const& setting) {
-    QByteArray const bytes = tool::to_bytes(setting);
+    QByteArray const bytes = to_bytes(setting);
     auto const known = setting_ids_.constFind(bytes);
     if (known != setting_ids_.constEnd())
         return *known;
@@ -366,7 +352,7 @@ void BUILD_STATE::store(PLANNED_ACTION const& planned, RECORDED_ACTION const& ac
 }
 
 void BUILD_STATE::write(std::size_t row, RECORDED_ACTION const& action) {
-    rows_[row].content = tool::to_bytes(action);
+    rows_[row].content = to_bytes(action);
     store_.put(TABLE::actions, rows_[row].id, rows_[row].key, rows_[row].content);
 }
 
@@ -435,27 +421,6 @@ void BUILD_STATE::finish() {
         console_.warning(store_.error() + QStringLiteral("; the next build runs these actions again"));
 }
 
-// Records of actions that are no more, once none of their files is there as they left it.
-void BUILD_STATE::drop_what_is_gone() {
-    bool const all_are_claimed = std::all_of(rows_.begin(), rows_.end(), [](ROW const& row) { return row.is_claimed; });
-    if (all_are_claimed && leftovers_.empty())
-        return;
-    QSet<QString> stale;
-    for (STALE_TARGET const& target : stale_targets())
-        stale.insert(target.path);
-    for (ROW const& row : rows_) {
-        if (row.is_claimed)
-            continue;
-        std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content);
-        if (!action || std::none_of(action->targets.begin(), action->targets.end(),
-                                    [&](RECORDED_FILE const& target) { return stale.contains(target.path); }))
-            store_.erase(TABLE::actions, row.id);
-    }
-    for (STATE_STORE::RECORD const& record : leftovers_)
-        if (!stale.contains(record.key))
-            store_.erase(TABLE::leftovers, record.id);
-}
-
 // Every change of a rule leaves settings behind that no action has any more. They are small, so a few may stay.
 void BUILD_STATE::drop_unused_settings() {
     if (settings_.size() < 100 + rows_.size() / 4)
@@ -469,93 +434,9 @@ void BUILD_STATE::drop_unused_settings() {
         if (used.contains(entry.first))
             return false;
         store_.erase(TABLE::settings, entry.first);
-        setting_ids_.remove(tool::to_bytes(entry.second));
+        setting_ids_.remove(to_bytes(entry.second));
         return true;
     });
-}
-
-bool BUILD_STATE::is_registered_by_another(PLANNED_ACTION const& planned, QString const& file) {
-    auto const registers = [&](std::size_t row, QString const* path) {
-        std::optional<RECORDED_ACTION> const action = to_recorded_action(rows_[row].content);
-        for (std::size_t i = action ? action->announced_targets : 0; action && i < action->targets.size(); ++i) {
-            if (!path)
-                registered_->insert(action->targets[i].path, row);
-            else if (action->targets[i].path == *path)
-                return true;
-        }
-        return false;
-    };
-    if (!registered_) {
-        registered_.emplace();
-        for (std::size_t row = 0; row < rows_.size(); ++row)
-            registers(row, nullptr);
-    }
-    QString const path = PATHS::logical_path(PHYSICAL_PATH(QDir::cleanPath(file)));
-    std::optional<std::size_t> const own = claims_[planned.action].row;
-    QList<std::size_t> const rows = registered_->values(path);
-    // What a row says may have changed since the table was made.
-    return std::any_of(rows.begin(), rows.end(),
-                       [&](std::size_t row) { return rows_[row].is_claimed && own != row && registers(row, &path); });
-}
-
-QSet<QString> BUILD_STATE::current_targets() const {
-    QSet<QString> targets;
-    for (CLAIM const& claim : claims_)
-        for (QString const& target : claim.key.split(u'\n'))
-            targets.insert(target);
-    for (ROW const& row : rows_) {
-        if (!row.is_claimed)
-            continue;
-        if (std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content))
-            for (std::size_t i = action->announced_targets; i < action->targets.size(); ++i)
-                targets.insert(action->targets[i].path);
-    }
-    return targets;
-}
-
-std::vector<BUILD_STATE::STALE_TARGET> BUILD_STATE::stale_targets() {
-    std::map<QString, FILE_CONTENTS> former;
-    for (STATE_STORE::RECORD const& record : leftovers_)
-        former.insert_or_assign(record.key, to_contents(record.content));
-    for (ROW const& row : rows_) {
-        if (row.is_claimed)
-            continue;
-        if (std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content))
-            for (RECORDED_FILE const& target : action->targets)
-                if (target.contents.exists)
-                    former.insert_or_assign(target.path, target.contents);
-    }
-    std::vector<STALE_TARGET> stale;
-    if (former.empty())
-        return stale;
-    QSet<QString> const current = current_targets();
-    for (auto const& [path, contents] : former) {
-        if (current.contains(path))
-            continue;
-        FILE_CONTENTS const now = looker_.look(physical(path), contents);
-        if (now.exists && now.hash == contents.hash)
-            stale.push_back({LOGICAL_PATH(path), now});
-    }
-    return stale;
-}
-
-std::vector<LOGICAL_PATH> BUILD_STATE::known_targets() {
-    std::vector<LOGICAL_PATH> targets;
-    for (STALE_TARGET const& stale : stale_targets())
-        targets.push_back(stale.path);
-    for (ROW const& row : rows_) {
-        std::optional<RECORDED_ACTION> const action = to_recorded_action(row.content);
-        if (!action || !row.is_claimed)
-            continue;
-        for (std::size_t i = action->announced_targets; i < action->targets.size(); ++i) {
-            RECORDED_FILE const& target = action->targets[i];
-            FILE_CONTENTS const now = looker_.look(physical(target.path), target.contents);
-            if (now.exists && now.hash == target.contents.hash)
-                targets.emplace_back(target.path);
-        }
-    }
-    std::sort(targets.begin(), targets.end());
-    return targets;
 }
 
 }  // namespace tool

@@ -128,4 +128,18 @@ QDataStream& operator>>(QDataStream& stream, FILE_CONTENTS& contents) {
     return stream;
 }
 
+QByteArray to_bytes(FILE_CONTENTS const& contents) {
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << contents;
+    return bytes;
+}
+
+FILE_CONTENTS to_contents(QByteArray const& bytes) {
+    QDataStream stream(bytes);
+    FILE_CONTENTS contents;
+    stream >> contents;
+    return stream.status() == QDataStream::Ok ? contents : FILE_CONTENTS();
+}
+
 }  // namespace tool

@@ -55,5 +55,8 @@ FILE_CONTENTS contents_of(QString const& path, FILE_CONTENTS const& known = {});
 
 QDataStream& operator<<(QDataStream& stream, FILE_CONTENTS const& contents);
 QDataStream& operator>>(QDataStream& stream, FILE_CONTENTS& contents);
+QByteArray to_bytes(FILE_CONTENTS const& contents);
+/// Bytes that are none count as no contents.
+FILE_CONTENTS to_contents(QByteArray const& bytes);
 
 }  // namespace tool
