@@ -34,14 +34,7 @@ HWY_NOINLINE void positions_on_axis(SUBJECT<C> const& subject, TEXEL_SET texels,
     if constexpr (C == 1) {
         project[0] = set(1.0f);
     } else {
-        V matrix[triangle(C)];
-        scatter_matrix<C>(m, matrix);
-        std::size_t k = 0;
-        for (std::size_t i = 0; i < C; ++i)
-            for (std::size_t j = i; j < C; ++j, ++k)
-                matrix[k] = hn::Mul(matrix[k], hn::Mul(subject.root(i), subject.root(j)));
-        normalise<C>(matrix);
-        power_iteration<C, 4>(matrix, project);
+        principal_axis<C>(subject, m, project);
         for (std::size_t i = 0; i < C; ++i)
             project[i] = hn::Mul(project[i], subject.root(i));
     }

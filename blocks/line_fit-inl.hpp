@@ -120,6 +120,19 @@ HWY_NOINLINE MOMENTS<C> sum_moments(SUBJECT<C> const& subject, TEXEL_SET texels)
     return m;
 }
 
+/// The principal axis in the space whose channels are scaled by the roots of their weights; of any length.
+template <std::size_t C>
+HWY_INLINE void principal_axis(SUBJECT<C> const& subject, MOMENTS<C> const& m, V (&axis)[C]) {
+    V matrix[triangle(C)];
+    scatter_matrix<C>(m, matrix);
+    std::size_t k = 0;
+    for (std::size_t i = 0; i < C; ++i)
+        for (std::size_t j = i; j < C; ++j, ++k)
+            matrix[k] = hn::Mul(matrix[k], hn::Mul(subject.root(i), subject.root(j)));
+    normalise<C>(matrix);
+    power_iteration<C, 4>(matrix, axis);
+}
+
 /// The ends of the segment of the principal axis that the texels cover.
 template <std::size_t C, bool whole>
 HWY_NOINLINE ENDS<C> cover_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOMENTS<C> const& m) {
@@ -130,15 +143,8 @@ HWY_NOINLINE ENDS<C> cover_axis(SUBJECT<C> const& subject, TEXEL_SET texels, MOM
     if constexpr (C == 1) {
         project[0] = direction[0] = set(1.0f);
     } else {
-        V matrix[triangle(C)];
-        scatter_matrix<C>(m, matrix);
-        std::size_t k = 0;
-        for (std::size_t i = 0; i < C; ++i)
-            for (std::size_t j = i; j < C; ++j, ++k)
-                matrix[k] = hn::Mul(matrix[k], hn::Mul(subject.root(i), subject.root(j)));
-        normalise<C>(matrix);
         V axis[C];
-        power_iteration<C, 4>(matrix, axis);
+        principal_axis<C>(subject, m, axis);
         V const inverse = hn::Div(set(1.0f), hn::Max(hn::Sqrt(dot<C>(axis, axis)), set(1e-18f)));
         for (std::size_t i = 0; i < C; ++i) {
             V const unit = hn::Mul(axis[i], inverse);
