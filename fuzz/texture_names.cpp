@@ -1,6 +1,6 @@
 // The lists in ".texture_array" files, whatever their coding.
-#include "fuzz/fuzz_input.hpp"
 #include "processor/texture_names.hpp"
+#include "fuzz/fuzz_input.hpp"
 
 #include <QBuffer>
 

@@ -39,7 +39,8 @@ void check_wrapping(VECTOR_FIELD const& field) {
     for (std::size_t z = 0; z < depth; ++z)
         for (std::size_t y = 0; y < height; ++y)
             for (std::size_t x = 0; x < width; ++x)
-                fuzz::require(at(x, y, z) == at(x == width - 1 ? 0 : x, y == height - 1 ? 0 : y, z == depth - 1 ? 0 : z),
+                fuzz::require(at(x, y, z) ==
+                                  at(x == width - 1 ? 0 : x, y == height - 1 ? 0 : y, z == depth - 1 ? 0 : z),
                               "the last sample of every axis is its first");
 }
 
