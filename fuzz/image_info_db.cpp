@@ -33,7 +33,8 @@ bool lies_in(std::span<std::byte const> file, std::string_view name) {
 void look_up_all(IMAGE_INFO_DB_READER const& database, std::span<std::byte const> file) {
     for (std::uint32_t place = 0; place < database.size(); ++place) {
         IMAGE_INFO_RECORD const image = database.image(place);
-        fuzz::require(lies_in(file, image.name) && image.name.data()[image.name.size()] == '\0',
+        fuzz::require(lies_in(file, image.name) && image.name.size() <= layout::most_name_bytes &&
+                          image.name.data()[image.name.size()] == '\0',
                       "a name lies in the file, and a 0 behind it");
         fuzz::require(place == 0 || database.image(place - 1).name < image.name, "names ascend");
         std::optional<IMAGE_INFO_RECORD> const found = database.find(image.name);
