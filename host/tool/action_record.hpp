@@ -46,14 +46,15 @@ void write_all(QDataStream& stream, LIST const& list) {
         stream << element;
 }
 
-/// Takes no memory for elements that the stream does not hold, as Qt's own reading of lists does.
+/// Takes no memory for elements that the stream does not hold. Qt's own reading of lists takes it for as many as the
+/// stream announces.
 template <typename LIST>
 void read_all(QDataStream& stream, LIST& list) {
     quint32 count = 0;
     stream >> count;
     list.clear();
     for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i) {
-        typename LIST::value_type element;
+        typename LIST::value_type element{};
         stream >> element;
         list.push_back(std::move(element));
     }
