@@ -17,7 +17,7 @@ constexpr std::array event_names = {"started", "writes", "ended"};
 
 // An action names its targets in one line. What is longer was not written by a build, and is read in pieces that are no
 // lines.
-constexpr qint64 longest_line = 16 << 20;
+constexpr qint64 longest_line = 1 << 20;
 
 QLatin1String name_of(JOURNAL_EVENT event) {
     return QLatin1String(event_names[static_cast<std::size_t>(event)]);
