@@ -1,10 +1,12 @@
 #include "atlas/pixel_buffer.hpp"
 
+#include "platform/checked_size.hpp"
 #include "platform/dds_container/dds_container.hpp"
 
 #include <algorithm>
 #include <cstring>
 
+using checked_size::memory_size;
 using dds_container::level_side;
 
 PIXEL_BUFFER::PIXEL_BUFFER(D3D_FORMAT format, std::uint32_t width, std::uint32_t height, std::uint32_t levels,
@@ -13,24 +15,20 @@ PIXEL_BUFFER::PIXEL_BUFFER(D3D_FORMAT format, std::uint32_t width, std::uint32_t
       width_(width),
       height_(height),
       slices_(slices) {
-    std::size_t const bits = bits_per_texel(format);
-    std::size_t offset = 0;
+    std::uint64_t const bits = bits_per_texel(format);
+    std::uint64_t offset = 0;
     for (std::uint32_t level = 0; level < levels; ++level) {
-        std::size_t const across = level_side(width, level);
-        std::size_t const down = level_side(height, level);
+        std::uint64_t const across = level_side(width, level);
+        std::uint64_t const down = level_side(height, level);
+        bool const has_blocks = is_dxt_format(format);
         LEVEL placed;
-        placed.offset = offset;
-        if (is_dxt_format(format)) {
-            placed.row_pitch = (across + 3) / 4 * bits * 2;
-            placed.slice_bytes = placed.row_pitch * ((down + 3) / 4);
-        } else {
-            placed.row_pitch = across * bits / 8;
-            placed.slice_bytes = placed.row_pitch * down;
-        }
-        offset += placed.slice_bytes * slices;
+        placed.offset = memory_size(offset);
+        placed.row_pitch = memory_size(has_blocks ? (across + 3) / 4 * bits * 2 : across * bits / 8);
+        placed.slice_bytes = memory_size(placed.row_pitch, has_blocks ? (down + 3) / 4 : down);
+        offset = checked_size::saturating_sum(offset, checked_size::saturating_product(placed.slice_bytes, slices));
         levels_.push_back(placed);
     }
-    bytes_.resize(offset);
+    bytes_.resize(memory_size(offset));
 }
 
 std::span<std::uint8_t> PIXEL_BUFFER::slice(std::uint32_t level, std::uint32_t slice) {

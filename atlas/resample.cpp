@@ -1,5 +1,7 @@
 #include "atlas/resample.hpp"
 
+#include "platform/checked_size.hpp"
+
 #include <algorithm>
 #include <vector>
 
@@ -36,7 +38,7 @@ PIXEL_BUFFER enlarge(PIXEL_BUFFER const& source, std::uint32_t width, std::uint3
     PIXEL_BUFFER target(source.format(), width, height, 1);
     std::vector<TAPS> const columns = taps_of(source.width(), width);
     std::vector<TAPS> const rows = taps_of(source.height(), height);
-    std::uint64_t const total = std::uint64_t{4} * width * height;
+    std::uint64_t const total = checked_size::saturating_product(4u, width, height);
     std::uint8_t const* const texels = source.slice(0, 0).data();
     std::size_t const pitch = source.row_pitch(0);
     std::uint8_t* out = target.slice(0, 0).data();

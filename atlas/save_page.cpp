@@ -1,5 +1,6 @@
 #include "atlas/save_page.hpp"
 
+#include "platform/checked_size.hpp"
 #include "platform/image_loader/convert.hpp"
 #include "platform/qe/replace_file.hpp"
 
@@ -13,7 +14,7 @@ bool save_targa(std::filesystem::path const& path, PIXEL_BUFFER const& texels) {
     constexpr std::uint8_t true_colour = 2;
     constexpr std::uint8_t eight_bits_of_alpha_top_row_first = 0x28;
     std::string cause;
-    IMAGE_LOADER::IMAGE_BYTES file(header_size + std::size_t{4} * texels.width() * texels.height());
+    IMAGE_LOADER::IMAGE_BYTES file(header_size + checked_size::memory_size(4u, texels.width(), texels.height()));
     std::span<std::uint8_t> const body = std::span(file).subspan(header_size);
     if (!IMAGE_LOADER::decode_surface(IMAGE_LOADER::texel_format_info(texel_format_of(texels.format())),
                                       texels.slice(0, 0), texels.row_pitch(0), texels.width(), texels.height(), body,

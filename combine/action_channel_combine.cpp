@@ -3,6 +3,7 @@
 #include "combine/level_values.hpp"
 #include "dds/freeimage_bitmap.hpp"
 #include "dds/freeimage_messages.hpp"
+#include "platform/checked_size.hpp"
 
 #include <QDir>
 #include <QFile>
@@ -54,8 +55,8 @@ public:
                 continue;
             // As many bytes as there are pixels, from the first one on: where rows are padded that takes padding for
             // pixels and leaves the last ones out. Deliberate.
-            level_values(sink_, {FreeImage_GetBits(bitmap), std::size_t{width_} * height_}, sources_[channel], rules,
-                         failed_);
+            level_values(sink_, {FreeImage_GetBits(bitmap), checked_size::memory_size(width_, height_)},
+                         sources_[channel], rules, failed_);
             if (!FreeImage_SetChannel(output.get(), bitmap, static_cast<FREE_IMAGE_COLOR_CHANNEL>(FICC_RED + channel)))
                 fail(QStringLiteral("Failed to set channel: ") + sources_[channel]);
         }

@@ -2,6 +2,7 @@
 
 #include "dds/gamma_curve.hpp"
 #include "dds/working_image.hpp"
+#include "platform/checked_size.hpp"
 
 #include <algorithm>
 #include <array>
@@ -97,7 +98,7 @@ void keep_most_opaque(std::span<std::uint8_t> texels, std::size_t wanted, TIE_BR
 
 std::vector<IMAGE> make_one_bit_alpha_chain(IMAGE const& top, bool need_gamma_correction) {
     GAMMA_CURVE const* const curve = need_gamma_correction ? &GAMMA_CURVE::standard() : nullptr;
-    std::size_t const top_texels = std::size_t{top.width()} * top.height();
+    std::size_t const top_texels = checked_size::memory_size(top.width(), top.height());
     double const coverage = static_cast<double>(count_opaque(top.level(0))) / static_cast<double>(top_texels);
     TIE_BREAKER ties;
     std::vector<IMAGE> chain;
@@ -111,7 +112,7 @@ std::vector<IMAGE> make_one_bit_alpha_chain(IMAGE const& top, bool need_gamma_co
                 average_block(top, covered(x, width, top.width()), covered(y, height, top.height()), curve,
                               texels.data() + 4 * (y * width + x));
         }
-        double const count = std::floor(coverage * static_cast<double>(std::size_t{width} * height) + 0.5);
+        double const count = std::floor(coverage * static_cast<double>(checked_size::memory_size(width, height)) + 0.5);
         keep_most_opaque(texels, static_cast<std::size_t>(count), ties);
     }
     return chain;

@@ -2,6 +2,7 @@
 
 #include "fga/read_vector_field.hpp"
 #include "fga/wrap_vector_field.hpp"
+#include "platform/checked_size.hpp"
 #include "platform/qe/native_path.hpp"
 #include "platform/qe/replace_file.hpp"
 
@@ -11,6 +12,8 @@
 #include <array>
 #include <memory>
 #include <new>
+#include <optional>
+#include <string>
 
 namespace {
 
@@ -40,6 +43,30 @@ std::array<std::uint8_t, 128> volume_header(UTILITYLIB::VECTOR_3c const& size) {
     return header;
 }
 
+struct TEXT {
+    std::unique_ptr<char[]> bytes;
+    std::size_t size = 0;
+};
+
+/// The whole of an open file; nothing, and `cause`, when it is too large or cannot be read. Throws std::bad_alloc.
+std::optional<TEXT> read_text(QFile& file, std::string& cause) {
+    auto const size = static_cast<std::uint64_t>(file.size());
+    if (size > checked_size::most_file_bytes) {
+        cause = "it is larger than 8 GiB";
+        return std::nullopt;
+    }
+    TEXT text = {std::make_unique_for_overwrite<char[]>(checked_size::memory_size(size)), 0};
+    while (text.size < size) {
+        qint64 const read = file.read(text.bytes.get() + text.size, static_cast<qint64>(size - text.size));
+        if (read <= 0) {
+            cause = "it cannot be read to its end";
+            return std::nullopt;
+        }
+        text.size += static_cast<std::size_t>(read);
+    }
+    return text;
+}
+
 }  // namespace
 
 ACTION_FGA::ACTION_FGA(PHYSICAL_PATH const& source, PROCESSOR_INTERFACE& processor)
@@ -64,19 +91,8 @@ bool ACTION_FGA::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& targe
         QFile file(source.text());
         if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             return false;
-        auto const size = static_cast<std::size_t>(file.size());
-        auto const text = std::make_unique_for_overwrite<char[]>(size);
-        std::size_t length = 0;
-        while (length < size) {
-            qint64 const read = file.read(text.get() + length, static_cast<qint64>(size - length));
-            if (read <= 0)
-                break;
-            length += static_cast<std::size_t>(read);
-        }
-        if (length == size)
-            field = read_vector_field({text.get(), length}, cause);
-        else
-            cause = "it cannot be read to its end";
+        if (std::optional<TEXT> const text = read_text(file, cause))
+            field = read_vector_field({text->bytes.get(), text->size}, cause);
     } catch (std::bad_alloc const&) {
         cause = "there is not enough memory";
     }

@@ -5,6 +5,7 @@
 #include "fga/read_vector_field.hpp"
 
 #include "fga/float_to_half.hpp"
+#include "platform/checked_size.hpp"
 
 #include <QString>
 
@@ -163,10 +164,9 @@ std::optional<VECTOR_FIELD> read_vector_field(std::span<char const> text, std::s
     auto const [x, y, z] = field.size;
     if (x < 2 || y < 2 || z < 2)
         return refuse("of which no side may be below 2");
-    std::uint64_t const plane = std::uint64_t{x} * y;
-    if (plane > std::numeric_limits<std::uint32_t>::max() || plane * z > std::numeric_limits<std::uint32_t>::max())
+    std::uint64_t const count = checked_size::saturating_product(x, y, z);
+    if (count > std::numeric_limits<std::uint32_t>::max())
         return refuse("more than 32 bits can count");
-    std::uint64_t const count = plane * z;
     std::string const needed = "which take " + std::to_string(3 * count) + " numbers";
     // A number takes a character and a comma at the least.
     if (text.size() / 2 + 1 < 3 * count)

@@ -10,6 +10,8 @@ namespace framework {
 
 namespace {
 
+constexpr qint64 largest_file = 16 << 20;
+
 void note_read(QString const& table) {
     if (READ_LISTENER* const listener = READ_LISTENER::current())
         listener->table_was_read(table);
@@ -26,6 +28,10 @@ bool XML_TABLES::load(QString const& table, QString const& path, QString& error)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("%1: error: %2").arg(path, file.errorString());
+        return false;
+    }
+    if (file.size() > largest_file) {
+        error = QStringLiteral("%1: error: is larger than 16 MiB").arg(path);
         return false;
     }
     QXmlStreamReader xml(&file);

@@ -1,18 +1,41 @@
 #include "host/tool/action_record.hpp"
 
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+
+namespace QTSHARED {
+
+QDataStream& operator<<(QDataStream& stream, ASSET_FRAGMENT_BUILDER::FRAGMENT const& fragment) {
+    return stream << fragment.name << fragment.file << fragment.package;
+}
+
+QDataStream& operator>>(QDataStream& stream, ASSET_FRAGMENT_BUILDER::FRAGMENT& fragment) {
+    return stream >> fragment.name >> fragment.file >> fragment.package;
+}
+
+QDataStream& operator<<(QDataStream& stream, ASSET_FRAGMENT_BUILDER::DEPENDENCY const& dependency) {
+    return stream << dependency.fragment << dependency.needs << dependency.kind << dependency.condition;
+}
+
+QDataStream& operator>>(QDataStream& stream, ASSET_FRAGMENT_BUILDER::DEPENDENCY& dependency) {
+    return stream >> dependency.fragment >> dependency.needs >> dependency.kind >> dependency.condition;
+}
+
+}  // namespace QTSHARED
+
 namespace tool {
 
 namespace {
 
-template <typename CONTENT>
-void read_list(QDataStream& stream, QVector<CONTENT>& list, void (*read)(QDataStream&, CONTENT&)) {
-    quint32 count = 0;
-    stream >> count;
-    list.clear();
-    for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i) {
-        list.append(CONTENT());
-        read(stream, list.back());
-    }
+/// A variant's bytes can name any type there is, lists of lists a thousand deep among them. Rules have these.
+bool is_rule_value_next(QDataStream& stream) {
+    constexpr std::array<quint32, 6> types = {QMetaType::UnknownType, QMetaType::Bool,   QMetaType::Int,
+                                              QMetaType::LongLong,    QMetaType::Double, QMetaType::QString};
+    QByteArray const type = stream.device()->peek(sizeof(quint32));
+    return type.size() == sizeof(quint32) &&
+           std::find(types.begin(), types.end(), qFromBigEndian<quint32>(type.constData())) != types.end();
 }
 
 }  // namespace
@@ -22,7 +45,12 @@ QDataStream& operator<<(QDataStream& stream, framework::RULE_READ const& read) {
 }
 
 QDataStream& operator>>(QDataStream& stream, framework::RULE_READ& read) {
-    return stream >> read.path >> read.rule >> read.property >> read.value;
+    stream >> read.path >> read.rule >> read.property;
+    if (is_rule_value_next(stream))
+        stream >> read.value;
+    else
+        stream.setStatus(QDataStream::ReadCorruptData);
+    return stream;
 }
 
 QDataStream& operator<<(QDataStream& stream, framework::LOOK_UP const& look_up) {
@@ -42,24 +70,16 @@ QDataStream& operator>>(QDataStream& stream, framework::ORIGIN& origin) {
 }
 
 QDataStream& operator<<(QDataStream& stream, framework::ASSET_CHANGE const& change) {
-    stream << change.builder << static_cast<quint32>(change.fragments.size());
-    for (auto const& fragment : change.fragments)
-        stream << fragment.name << fragment.file << fragment.package;
-    stream << static_cast<quint32>(change.dependencies.size());
-    for (auto const& dependency : change.dependencies)
-        stream << dependency.fragment << dependency.needs << dependency.kind << dependency.condition;
+    stream << change.builder;
+    write_all(stream, change.fragments);
+    write_all(stream, change.dependencies);
     return stream;
 }
 
 QDataStream& operator>>(QDataStream& stream, framework::ASSET_CHANGE& change) {
-    using BUILDER = QTSHARED::ASSET_FRAGMENT_BUILDER;
     stream >> change.builder;
-    read_list<BUILDER::FRAGMENT>(stream, change.fragments, [](QDataStream& from, BUILDER::FRAGMENT& fragment) {
-        from >> fragment.name >> fragment.file >> fragment.package;
-    });
-    read_list<BUILDER::DEPENDENCY>(stream, change.dependencies, [](QDataStream& from, BUILDER::DEPENDENCY& dependency) {
-        from >> dependency.fragment >> dependency.needs >> dependency.kind >> dependency.condition;
-    });
+    read_all(stream, change.fragments);
+    read_all(stream, change.dependencies);
     return stream;
 }
 
@@ -68,7 +88,7 @@ QDataStream& operator<<(QDataStream& stream, ACTION_RECORD const& record) {
     write_all(stream, record.reads.files);
     write_all(stream, record.reads.textures);
     write_all(stream, record.reads.origins);
-    stream << record.reads.tables;
+    write_all(stream, record.reads.tables);
     write_all(stream, record.reads.asset_changes);
     stream << static_cast<quint32>(record.registered.size());
     for (ACTION_INTERFACE::REGISTERED_FILE const& file : record.registered)
@@ -82,7 +102,7 @@ QDataStream& operator>>(QDataStream& stream, ACTION_RECORD& record) {
     read_all(stream, record.reads.files);
     read_all(stream, record.reads.textures);
     read_all(stream, record.reads.origins);
-    stream >> record.reads.tables;
+    read_all(stream, record.reads.tables);
     read_all(stream, record.reads.asset_changes);
     quint32 count = 0;
     stream >> count;

@@ -4,8 +4,18 @@
 
 #include "host/framework/read_recorder.hpp"
 #include "processor/host/action_interface.hpp"
+#include "processor/host/asset_graph.hpp"
 
 #include <QDataStream>
+
+namespace QTSHARED {
+
+QDataStream& operator<<(QDataStream& stream, ASSET_FRAGMENT_BUILDER::FRAGMENT const& fragment);
+QDataStream& operator>>(QDataStream& stream, ASSET_FRAGMENT_BUILDER::FRAGMENT& fragment);
+QDataStream& operator<<(QDataStream& stream, ASSET_FRAGMENT_BUILDER::DEPENDENCY const& dependency);
+QDataStream& operator>>(QDataStream& stream, ASSET_FRAGMENT_BUILDER::DEPENDENCY& dependency);
+
+}  // namespace QTSHARED
 
 namespace tool {
 
@@ -28,21 +38,26 @@ QDataStream& operator>>(QDataStream& stream, framework::ORIGIN& origin);
 QDataStream& operator<<(QDataStream& stream, framework::ASSET_CHANGE const& change);
 QDataStream& operator>>(QDataStream& stream, framework::ASSET_CHANGE& change);
 
-template <typename ELEMENT>
-void write_all(QDataStream& stream, std::vector<ELEMENT> const& elements) {
-    stream << static_cast<quint32>(elements.size());
-    for (ELEMENT const& element : elements)
+/// Lists of the standard library and of Qt alike.
+template <typename LIST>
+void write_all(QDataStream& stream, LIST const& list) {
+    stream << static_cast<quint32>(list.size());
+    for (typename LIST::value_type const& element : list)
         stream << element;
 }
 
-/// Takes no memory for elements that the stream does not hold.
-template <typename ELEMENT>
-void read_all(QDataStream& stream, std::vector<ELEMENT>& elements) {
+/// Takes no memory for elements that the stream does not hold. Qt's own reading of lists takes it for as many as the
+/// stream announces.
+template <typename LIST>
+void read_all(QDataStream& stream, LIST& list) {
     quint32 count = 0;
     stream >> count;
-    elements.clear();
-    for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i)
-        stream >> elements.emplace_back();
+    list.clear();
+    for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i) {
+        typename LIST::value_type element{};
+        stream >> element;
+        list.push_back(std::move(element));
+    }
 }
 
 }  // namespace tool

@@ -7,10 +7,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QMap>
 
 #include <algorithm>
 #include <cerrno>
@@ -23,10 +19,6 @@
 namespace tool {
 
 namespace {
-
-constexpr char const* started = "started";
-constexpr char const* writes = "writes";
-constexpr char const* ended = "ended";
 
 // The clock that stamps files may lag behind the one that stamps lines.
 constexpr qint64 clock_slack = 1000;
@@ -58,6 +50,7 @@ void remove_unfinished_files(UNFINISHED_ACTION const& action) {
     for (QString const& file : action.files) {
         QFile::remove(file);
         QFile::remove(QFile::decodeName(QE::unfinished_file(QFile::encodeName(file).toStdString()).c_str()));
+        // Qt's files that are written whole or not at all: the name and six letters. So is "rock.dds.backup", whose age
         // tells it apart.
         QFileInfo const info(file);
         QString const beside = info.fileName() + u'.';
@@ -88,24 +81,7 @@ BUILD_JOURNAL::~BUILD_JOURNAL() {
 
 std::vector<UNFINISHED_ACTION> BUILD_JOURNAL::left_over(QString const& state_folder) {
     QFile file(journal_file(state_folder));
-    QMap<int, UNFINISHED_ACTION> running;
-    if (file.open(QIODevice::ReadOnly)) {
-        while (!file.atEnd()) {
-            QJsonObject const line = QJsonDocument::fromJson(file.readLine()).object();
-            int const id = line.value(QStringLiteral("id")).toInt();
-            QString const what = line.value(QStringLiteral("what")).toString();
-            if (what == QLatin1String(ended)) {
-                running.remove(id);
-            } else if (what == QLatin1String(started) || what == QLatin1String(writes)) {
-                UNFINISHED_ACTION& action = running[id];
-                if (what == QLatin1String(started))
-                    action = {{}, static_cast<qint64>(line.value(QStringLiteral("time")).toDouble())};
-                for (QJsonValue const& path : line.value(QStringLiteral("files")).toArray())
-                    action.files += path.toString();
-            }
-        }
-    }
-    return {running.begin(), running.end()};
+    return file.open(QIODevice::ReadOnly) ? read_journal(file) : std::vector<UNFINISHED_ACTION>();
 }
 
 void BUILD_JOURNAL::forget_left_over(QString const& state_folder) {
@@ -121,26 +97,21 @@ bool BUILD_JOURNAL::open(QString const& state_folder, QString& error) {
     return descriptor_ >= 0;
 }
 
-bool BUILD_JOURNAL::append(char const* what, PLANNED_ACTION const& planned, QStringList const& files) {
-    QJsonObject line = {{QStringLiteral("what"), QLatin1String(what)}, {QStringLiteral("id"), planned.id}};
-    if (what == started)
-        line.insert(QStringLiteral("time"), QDateTime::currentMSecsSinceEpoch());
-    if (!files.isEmpty())
-        line.insert(QStringLiteral("files"), QJsonArray::fromStringList(files));
-    QByteArray const bytes = QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n';
-    return ::write(descriptor_, bytes.constData(), static_cast<std::size_t>(bytes.size())) == bytes.size();
+bool BUILD_JOURNAL::append(QByteArray const& line) {
+    return ::write(descriptor_, line.constData(), static_cast<std::size_t>(line.size())) == line.size();
 }
 
 bool BUILD_JOURNAL::note_start(PLANNED_ACTION const& planned) {
-    return append(started, planned, files_at_risk(planned));
+    return append(
+        journal_line(JOURNAL_EVENT::started, planned.id, files_at_risk(planned), QDateTime::currentMSecsSinceEpoch()));
 }
 
 bool BUILD_JOURNAL::note_file(PLANNED_ACTION const& planned, QString const& file) {
-    return append(writes, planned, {file});
+    return append(journal_line(JOURNAL_EVENT::writes, planned.id, {file}));
 }
 
 bool BUILD_JOURNAL::note_end(PLANNED_ACTION const& planned) {
-    return append(ended, planned, {});
+    return append(journal_line(JOURNAL_EVENT::ended, planned.id, {}));
 }
 
 void BUILD_JOURNAL::close() {

@@ -3,16 +3,10 @@
 // forced to the disk, because what has reached the kernel survives the end of a process.
 #pragma once
 
+#include "host/tool/journal_lines.hpp"
 #include "host/tool/planner.hpp"
 
 namespace tool {
-
-/// The files that an action may have left behind when it was cut off.
-struct UNFINISHED_ACTION {
-    QStringList files;
-    /// When it started, in milliseconds since 1970.
-    qint64 started = 0;
-};
 
 /// What the action announces to write and may leave half done.
 QStringList files_at_risk(PLANNED_ACTION const& planned);
@@ -47,7 +41,7 @@ public:
     void close();
 
 private:
-    bool append(char const* what, PLANNED_ACTION const& planned, QStringList const& files);
+    bool append(QByteArray const& line);
 
     QString path_;
     int descriptor_ = -1;

@@ -19,9 +19,7 @@ using IMAGE_LOADER::IMAGE_INFO_DB_READER;
 using IMAGE_LOADER::IMAGE_INFO_RECORD;
 
 QString name_of(IMAGE_INFO_RECORD const& image) {
-    // No path is longer; a file that says so must not have its way.
-    std::string_view const name = image.name.substr(0, 65536);
-    return QString::fromUtf8(name.data(), static_cast<int>(name.size()));
+    return QString::fromUtf8(image.name.data(), static_cast<int>(image.name.size()));
 }
 
 QString format_of(IMAGE_INFO_RECORD const& image) {

@@ -2,6 +2,7 @@
 // TIFF 6.0, section 2; Microsoft's DDS_HEADER.
 #include "host/tool/memory_estimate.hpp"
 
+#include "platform/checked_size.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QFile>
@@ -90,7 +91,7 @@ TEXELS texels_of(HEADER header, bool is_tga) {
         return header.big_32(16) * header.big_32(20);
     if (header.has(0, QByteArrayLiteral("DDS "))) {
         std::uint64_t const depth = std::max<std::uint64_t>(1, header.little_32(24));
-        return header.little_32(12) * header.little_32(16) * std::min<std::uint64_t>(depth, 65536);
+        return checked_size::saturating_product(header.little_32(12), header.little_32(16), depth);
     }
     if (header.has(0, QByteArrayLiteral("\xff\xd8")))
         return jpg_texels(header);

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <list>
 #include <map>
+#include <stdexcept>
 #include <unordered_map>
 #include <utility>
 
@@ -262,9 +263,17 @@ private:
 
     // Whether the worker lives on.
     bool listen_to(POOL_WORKER& worker) {
-        bool const is_open = worker.process->receive() == MESSAGE_READER::STATE::open;
-        while (std::optional<MESSAGE> const message = worker.process->next())
-            take(worker, *message);
+        bool is_open = worker.process->receive() == MESSAGE_READER::STATE::open;
+        try {
+            while (std::optional<MESSAGE> const message = worker.process->next())
+                take(worker, *message);
+        } catch (std::runtime_error const&) {
+            // Whatever broke the worker's memory, it costs this action and no other.
+            worker.process->kill();
+            if (worker.running)
+                worker.running->killed_by = QStringLiteral("the worker sent a message that is damaged");
+            is_open = false;
+        }
         if (!is_open && worker.running)
             take_end(worker);
         return is_open;

@@ -11,28 +11,18 @@
 
 namespace QTSHARED {
 
-static QDataStream& operator<<(QDataStream& stream, ASSET_FRAGMENT_BUILDER::FRAGMENT const& fragment) {
-    return stream << fragment.name << fragment.file << fragment.package;
-}
-
-static QDataStream& operator>>(QDataStream& stream, ASSET_FRAGMENT_BUILDER::FRAGMENT& fragment) {
-    return stream >> fragment.name >> fragment.file >> fragment.package;
-}
-
-static QDataStream& operator<<(QDataStream& stream, ASSET_FRAGMENT_BUILDER::DEPENDENCY const& dependency) {
-    return stream << dependency.fragment << dependency.needs << dependency.kind << dependency.condition;
-}
-
-static QDataStream& operator>>(QDataStream& stream, ASSET_FRAGMENT_BUILDER::DEPENDENCY& dependency) {
-    return stream >> dependency.fragment >> dependency.needs >> dependency.kind >> dependency.condition;
-}
-
 static QDataStream& operator<<(QDataStream& stream, ASSET_GRAPH::CHANGE const& change) {
-    return stream << change.id << change.fragments << change.dependencies;
+    stream << change.id;
+    tool::write_all(stream, change.fragments);
+    tool::write_all(stream, change.dependencies);
+    return stream;
 }
 
 static QDataStream& operator>>(QDataStream& stream, ASSET_GRAPH::CHANGE& change) {
-    return stream >> change.id >> change.fragments >> change.dependencies;
+    stream >> change.id;
+    tool::read_all(stream, change.fragments);
+    tool::read_all(stream, change.dependencies);
+    return stream;
 }
 
 }  // namespace QTSHARED
@@ -44,10 +34,13 @@ namespace {
 constexpr quint8 protocol_version = 1;
 constexpr QDataStream::Version stream_version = QDataStream::Qt_5_0;
 constexpr int length_bytes = 4;
+// Far above what any action says, and within what a byte array holds.
+constexpr quint32 longest_message = 1 << 30;
 
 QDataStream& operator<<(QDataStream& stream, ACTION_RESULT const& result) {
-    stream << static_cast<quint8>(result.status) << result.made_no_file << result.disk_full << result.lines
-           << result.diagnosis << static_cast<qint64>(result.milliseconds) << result.peak_bytes.has_value();
+    stream << static_cast<quint8>(result.status) << result.made_no_file << result.disk_full;
+    write_all(stream, result.lines);
+    stream << result.diagnosis << static_cast<qint64>(result.milliseconds) << result.peak_bytes.has_value();
     return stream << static_cast<quint64>(result.peak_bytes.value_or(0)) << result.record;
 }
 
@@ -56,8 +49,11 @@ QDataStream& operator>>(QDataStream& stream, ACTION_RESULT& result) {
     qint64 milliseconds = 0;
     bool has_peak = false;
     quint64 peak = 0;
-    stream >> status >> result.made_no_file >> result.disk_full >> result.lines >> result.diagnosis >> milliseconds >>
-        has_peak >> peak >> result.record;
+    stream >> status >> result.made_no_file >> result.disk_full;
+    read_all(stream, result.lines);
+    stream >> result.diagnosis >> milliseconds >> has_peak >> peak >> result.record;
+    if (status > static_cast<quint8>(ACTION_RESULT::STATUS::interrupted))
+        stream.setStatus(QDataStream::ReadCorruptData);
     result.status = static_cast<ACTION_RESULT::STATUS>(status);
     result.milliseconds = milliseconds;
     if (has_peak)
@@ -66,11 +62,15 @@ QDataStream& operator>>(QDataStream& stream, ACTION_RESULT& result) {
 }
 
 QDataStream& operator<<(QDataStream& stream, RUN_MESSAGE const& message) {
-    return stream << message.action << message.threads << message.changes;
+    stream << message.action << message.threads;
+    write_all(stream, message.changes);
+    return stream;
 }
 
 QDataStream& operator>>(QDataStream& stream, RUN_MESSAGE& message) {
-    return stream >> message.action >> message.threads >> message.changes;
+    stream >> message.action >> message.threads;
+    read_all(stream, message.changes);
+    return stream;
 }
 
 QDataStream& operator<<(QDataStream& stream, STOP_MESSAGE const&) {
@@ -106,11 +106,15 @@ QDataStream& operator>>(QDataStream& stream, PROGRESS_MESSAGE& message) {
 }
 
 QDataStream& operator<<(QDataStream& stream, RESULT_MESSAGE const& message) {
-    return stream << message.result << message.changes;
+    stream << message.result;
+    write_all(stream, message.changes);
+    return stream;
 }
 
 QDataStream& operator>>(QDataStream& stream, RESULT_MESSAGE& message) {
-    return stream >> message.result >> message.changes;
+    stream >> message.result;
+    read_all(stream, message.changes);
+    return stream;
 }
 
 // The message whose place among the alternatives the stream names.
@@ -162,17 +166,21 @@ std::optional<MESSAGE> MESSAGE_READER::next() {
     if (bytes_.size() < length_bytes)
         return {};
     auto const length = qFromBigEndian<quint32>(bytes_.constData());
-    if (static_cast<quint32>(bytes_.size() - length_bytes) < length)
+    bool is_sound = length <= longest_message;
+    if (is_sound && static_cast<quint32>(bytes_.size() - length_bytes) < length)
         return {};
-    QDataStream stream(bytes_.mid(length_bytes, static_cast<int>(length)));
-    stream.setVersion(stream_version);
-    quint8 version = 0;
-    quint8 place = 0;
-    stream >> version >> place;
     MESSAGE message;
-    if (version != protocol_version ||
-        !read_alternative(stream, place, message, std::make_index_sequence<std::variant_size_v<MESSAGE>>()) ||
-        stream.status() != QDataStream::Ok)
+    if (is_sound) {
+        QDataStream stream(bytes_.mid(length_bytes, static_cast<int>(length)));
+        stream.setVersion(stream_version);
+        quint8 version = 0;
+        quint8 place = 0;
+        stream >> version >> place;
+        is_sound = version == protocol_version &&
+                   read_alternative(stream, place, message, std::make_index_sequence<std::variant_size_v<MESSAGE>>()) &&
+                   stream.status() == QDataStream::Ok && stream.atEnd();
+    }
+    if (!is_sound)
         throw std::runtime_error("a message between the tool and a worker is damaged");
     bytes_.remove(0, length_bytes + static_cast<int>(length));
     return message;

@@ -119,8 +119,7 @@ bool check_extent(DDS_DESCRIPTION const& description, std::string& cause) {
                 std::to_string(largest_side);
         return false;
     }
-    // The product of two sides is at most 2^32, so the third cannot overflow 64 bits.
-    if (std::uint64_t{description.width} * description.height * description.depth > most_texels_per_surface) {
+    if (saturating_product(description.width, description.height, description.depth) > most_texels_per_surface) {
         cause = "the header announces " + sides_text(description) + " texels, more than the " +
                 std::to_string(most_texels_per_surface) + " that a surface may have";
         return false;

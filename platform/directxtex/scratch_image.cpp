@@ -41,13 +41,13 @@ HRESULT ScratchImage::Initialize2D(DXGI_FORMAT format, std::size_t width, std::s
         return E_INVALIDARG;
     }
     try {
-        std::size_t bytes = 0;
+        std::uint64_t bytes = 0;
         for (std::uint32_t level = 0; level < (mip_levels != 0 ? mip_levels : all_levels); ++level) {
             images_.push_back(
                 lay_out(format, dds_container::level_side(columns, level), dds_container::level_side(rows, level)));
-            bytes += images_.back().slicePitch;
+            bytes = checked_size::saturating_sum(bytes, images_.back().slicePitch);
         }
-        memory_.resize(bytes);
+        memory_.resize(checked_size::memory_size(bytes));
     } catch (std::bad_alloc const&) {
         Release();
         return E_OUTOFMEMORY;

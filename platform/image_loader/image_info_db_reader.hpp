@@ -46,6 +46,8 @@ inline constexpr std::size_t header_bytes = 64;
 inline constexpr std::size_t image_bytes = 40;
 inline constexpr std::size_t surface_bytes = 24;
 inline constexpr std::uint32_t most_mips = 32;
+/// Above what any system takes for a path. Names may lie over one another in a file that was made to be slow.
+inline constexpr std::uint32_t most_name_bytes = 65535;
 
 static_assert(std::endian::native == std::endian::little, "numbers are read as they stand");
 
@@ -198,6 +200,8 @@ private:
             std::uint64_t const name_end = std::uint64_t{read<std::uint32_t>(at)} + read<std::uint32_t>(at + 4);
             if (name_end >= name_bytes || names_[name_end] != '\0')
                 return "a name lies outside of the names";
+            if (read<std::uint32_t>(at + 4) > layout::most_name_bytes)
+                return "a name is longer than any path";
             if (read<std::uint32_t>(at + 24) > layout::most_mips)
                 return "an image has more mips than there are sizes";
             if (std::uint64_t{read<std::uint32_t>(at + 28)} + read<std::uint32_t>(at + 24) > surface_count)

@@ -1,5 +1,6 @@
 #include "platform/image_loader/picture.hpp"
 
+#include "platform/checked_size.hpp"
 #include "platform/image_loader/exchange_red_and_blue.hpp"
 #include "platform/image_loader/load_dds.hpp"
 #include "platform/image_loader/load_image_file.hpp"
@@ -170,7 +171,7 @@ std::optional<FILE_DESCRIPTION> describe_tga(std::filesystem::path const& path, 
         std::uint64_t const in_front =
             header.id_length() + std::uint64_t{header.map_entry_count()} * ((header.bits_per_map_entry() + 7) / 8);
         description.payload_expected =
-            std::uint64_t{header.width()} * header.height() * ((header.bits_per_texel() + 7) / 8);
+            checked_size::saturating_product(header.width(), header.height(), (header.bits_per_texel() + 7u) / 8);
         description.payload_actual = file.remaining() - std::min(file.remaining(), in_front);
     }
     return description;

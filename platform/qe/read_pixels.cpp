@@ -3,6 +3,7 @@
 // their length is known only once they are read.
 #include "platform/qe/read_pixels.hpp"
 
+#include "platform/checked_size.hpp"
 #include "platform/dds_container/dds_container.hpp"
 
 #include <algorithm>
@@ -192,7 +193,7 @@ std::optional<IMAGE32> read_checked(FileIn& file, TGAHeader const& header, std::
         return std::nullopt;
     }
 
-    std::uint64_t const texels = std::uint64_t{header.width()} * header.height();
+    std::uint64_t const texels = checked_size::saturating_product(header.width(), header.height());
     std::uint64_t const texel_bytes = (header.bits_per_texel() + 7) / 8;
     std::string const announced = "the header announces " + std::to_string(header.width()) + " x " +
                                   std::to_string(header.height()) + " texels of " +

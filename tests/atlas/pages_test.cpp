@@ -177,6 +177,14 @@ TEST(atlas_pages, no_page_without_sides) {
         << messages;
 }
 
+TEST(atlas_pages, sizes_that_wrap_round_take_no_memory) {
+    constexpr std::uint32_t most = 0xffffffff;
+    // 2^31 x 2^31 texels of 32 bits and 2^62 bytes in four slices are nothing in 64 bits.
+    EXPECT_THROW(PIXEL_BUFFER(D3D_FORMAT::a8r8g8b8, 1U << 31, 1U << 31, 1), std::bad_alloc);
+    EXPECT_THROW(PIXEL_BUFFER(D3D_FORMAT::l8, 1U << 31, 1U << 31, 1, 4), std::bad_alloc);
+    EXPECT_THROW(PIXEL_BUFFER(dxt1, most, most, 32, most), std::bad_alloc);
+}
+
 TEST(atlas_pages, files) {
     TEST_FOLDER folder;
     std::filesystem::path const base = folder.path("p").toStdString();

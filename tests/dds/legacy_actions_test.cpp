@@ -125,6 +125,12 @@ TEST_F(LEGACY_ACTIONS, freeimage_failures_leave_no_target) {
     folder.write("raw/broken.png", QByteArray::fromHex("89504e470d0a1a0a"));
     folder.write("raw/a.xyz", tga_with_alpha(255));
     folder.write("raw/huge.tga", QByteArray::fromHex("000002000000000000000000ffffffff2028") + "ten bytes.");
+    // 16384 x 16384 texels of DXT1, of which one block follows.
+    folder.write("raw/huge.dds", QByteArray::fromHex("444453207c000000071000000040000000400000")
+                                     .leftJustified(76, '\0')
+                                     .append(QByteArray::fromHex("200000000400000044585431"))
+                                     .leftJustified(136, '\0'));
+    folder.write("raw/cut.dds", "DDS |");
     struct CASE {
         char const* name;
         char const* format;
@@ -136,6 +142,8 @@ TEST_F(LEGACY_ACTIONS, freeimage_failures_leave_no_target) {
         {"raw/broken.png", "jpg", "Failed to load raw/broken.png"},
         {"raw/none.tga", "jpg", "Failed to load raw/none.tga"},
         {"raw/huge.tga", "jpg", "Failed to load raw/huge.tga"},
+        {"raw/huge.dds", "jpg", "Failed to load raw/huge.dds"},
+        {"raw/cut.dds", "jpg", "Failed to load raw/cut.dds"},
         {"raw/a.tga", "pcx", "Failed to save out/a.pcx"},
     };
     for (CASE const& c : cases) {

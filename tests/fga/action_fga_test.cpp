@@ -100,6 +100,12 @@ TEST_F(action_fga, refusals_name_the_file_and_leave_nothing) {
     EXPECT_EQ(lines,
               "Failed to read 'raw/d/wind.v2.fga': it announces 2 x 1 x 2 vectors, of which no side may be below 2, "
               "and holds 0 numbers for them");
+    // A hole of that size takes no room on the disk.
+    QFile large(folder.write("raw/large.fga", "2,2,2,"));
+    ASSERT_TRUE(large.open(QIODevice::ReadWrite) && large.resize((qint64{8} << 30) + 1));
+    ACTION_FGA on_large(PHYSICAL_PATH(large.fileName()), processor);
+    EXPECT_EQ(on_large.run(files, rules), ACTION_INTERFACE::STATUS_FAILED);
+    EXPECT_TRUE(on_large.output_lines().join('|').endsWith("/raw/large.fga': it is larger than 8 GiB"));
     ASSERT_EQ(run(field(5, 5, 5)), ACTION_INTERFACE::STATUS_SUCCEEDED);
     ACTION_FGA again(PHYSICAL_PATH(folder.path("raw/d/wind.v2.fga")), processor);
     FULL_DISK const disk(1000);

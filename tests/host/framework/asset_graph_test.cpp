@@ -152,9 +152,10 @@ TEST(xml_tables, rows_by_key) {
     EXPECT_EQ(tables.value("u", "b", "pack"), "");
 
     struct {
-        char const* text;
+        QByteArray text;
         char const* message;
     } const cases[] = {
+        {QByteArray("<table/>").leftJustified((16 << 20) + 1), "is larger than 16 MiB"},
         {"<rows/>", "the root element is not 'table'"},
         {"<table><row/></table>", "a row without a value for its key 'name'"},
         {"<table>\n<row name='a'/>\n<row name='A'/></table>", "a second row for 'A'"},
@@ -163,7 +164,7 @@ TEST(xml_tables, rows_by_key) {
     };
     for (auto const& c : cases) {
         QString const path = folder.write("bad.xml", c.text);
-        EXPECT_FALSE(tables.load("bad", path, error)) << c.text;
+        EXPECT_FALSE(tables.load("bad", path, error)) << c.message;
         EXPECT_TRUE(error.startsWith(path + ':') && error.contains(c.message)) << error.toStdString();
     }
     EXPECT_FALSE(tables.has_table("bad"));

@@ -49,6 +49,8 @@ TEST(memory_estimate, texels_as_headers_announce_them) {
     dds = dds.leftJustified(128, '\0');
     QByteArray volume = dds;
     volume[24] = 3;
+    // 2^31 x 2^31 x 4: one more than 64 bits hold.
+    QByteArray huge = hex("44445320 7c000000 07100000 00000080 00000080 00000000 04000000").leftJustified(128, '\0');
     QByteArray endless_jpg = hex("ffd8 fffe0000 fffe0000");
     struct CASE {
         char const* name;
@@ -60,9 +62,9 @@ TEST(memory_estimate, texels_as_headers_announce_them) {
     for (CASE const& given :
          {CASE{"a.TGA", tga, texels}, CASE{"a.png", png, texels}, CASE{"a.jpg", jpg, texels},
           CASE{"a.tif", tif, texels}, CASE{"b.tif", big_tif, texels}, CASE{"a.dds", dds, texels},
-          CASE{"v.dds", volume, 3 * texels}, CASE{"png.jpg", png, texels}, CASE{"cut.tga", tga.left(13), 0},
-          CASE{"cut.jpg", jpg.left(20), {}}, CASE{"loop.jpg", endless_jpg, {}}, CASE{"empty.tga", {}, {}},
-          CASE{"a.txt", "text", {}}}) {
+          CASE{"v.dds", volume, 3 * texels}, CASE{"huge.dds", huge, ~std::uint64_t{0}}, CASE{"png.jpg", png, texels},
+          CASE{"cut.tga", tga.left(13), 0}, CASE{"cut.jpg", jpg.left(20), {}}, CASE{"loop.jpg", endless_jpg, {}},
+          CASE{"empty.tga", {}, {}}, CASE{"a.txt", "text", {}}}) {
         QString const path = folder.filePath(given.name);
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(given.bytes) == given.bytes.size());

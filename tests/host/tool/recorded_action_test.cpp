@@ -52,6 +52,21 @@ TEST(recorded_action, refuses_what_is_not_whole) {
     EXPECT_FALSE(to_recorded_action(many));
 }
 
+TEST(recorded_action, keeps_the_values_that_rules_have_and_no_others) {
+    QString const a = QStringLiteral("<raw>/a");
+    for (QVariant const& value :
+         {QVariant(), QVariant(true), QVariant(3), QVariant(qlonglong{1} << 40), QVariant(2.5), QVariant("text")}) {
+        auto const read = to_action_setting(to_bytes(ACTION_SETTING{{}, "kind", {{a, "T", "x", value}}}));
+        ASSERT_TRUE(read) << value.typeName();
+        EXPECT_TRUE(framework::is_same_value(read->rules[0].value, value)) << value.typeName();
+    }
+    // Reading as many lists in one another would take a stack that no thread has.
+    QVariant nested;
+    for (int depth = 0; depth < 1000; ++depth)
+        nested = QVariantList{nested};
+    EXPECT_FALSE(to_action_setting(to_bytes(ACTION_SETTING{{}, "kind", {{a, "T", "x", nested}}})));
+}
+
 TEST(recorded_action, sources_that_answer_alike_share_an_entry) {
     QString const a = QStringLiteral("<raw>/a");
     QString const b = QStringLiteral("<raw>/b");

@@ -15,6 +15,7 @@
 //     the targets after it hold ("made")       asks NAME    reads that property of the rule "Step" global NAME reads
 //     that global rule                        looks FILE   looks "<raw>/FILE" up in the file table registers FILE  a
 //     target that is not announced                table NAME   asks whether there is that table
+//     babble       sends nonsense to whoever the process is connected with, and waits
 //
 // The processor itself asks for the property "Made" of every step, under the topic "other" for "Other".
 #include "processor/host/action_interface.hpp"
@@ -35,6 +36,8 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <vector>
+
+#include <sys/socket.h>
 
 namespace {
 
@@ -107,7 +110,10 @@ public:
                 return STATUS_FAILED;
             if (order == "alone" && !is_alone(argument))
                 return STATUS_FAILED;
-            while (order == "deaf")
+            if (order == "babble")
+                for (int descriptor = 3; descriptor < 256; ++descriptor)
+                    send(descriptor, "\xff\xff\xff\xff", 4, MSG_NOSIGNAL);
+            while (order == "deaf" || order == "babble")
                 pause(5);
             if (order == "stay") {
                 while (!is_aborted())

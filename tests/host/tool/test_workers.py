@@ -30,6 +30,7 @@ class Deaths(StepTest):
                 ("signal 11", (), "killed by signal 11 (SIGSEGV)"),
                 ("signal 9", (), "killed by signal 9 (SIGKILL, perhaps out of memory)"),
                 ("exit 7", (), "the worker ended with status 7"),
+                ("babble", (), "the worker sent a message that is damaged"),
                 ("deaf", ("--timeout", "0.3"), "ran longer than the 0.3 s that it may")):
             with self.subTest(order=order):
                 self.setUp()

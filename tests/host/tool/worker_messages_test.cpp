@@ -70,8 +70,13 @@ TEST(worker_messages, arrive_as_they_were_sent) {
 
 TEST(worker_messages, damage_and_ends_are_noticed) {
     CONNECTION const connection;
-    for (QByteArray const& bytes :
-         {QByteArray("\0\0\0\2\x02\0", 6), QByteArray("\0\0\0\2\1\x63", 6), QByteArray("\0\0\0\3\1\2\0", 7)}) {
+    QByteArray const cases[] = {// Another version, no such message, and a text without its length.
+                                QByteArray("\0\0\0\2\x02\0", 6), QByteArray("\0\0\0\2\1\x63", 6),
+                                QByteArray("\0\0\0\3\1\2\0", 7),
+                                // Bytes left over, a length that nothing has, and two thousand million changes.
+                                QByteArray("\0\0\0\3\1\1\0", 7), QByteArray("\xff\xff\xff\xff", 4),
+                                QByteArray("\0\0\0\x12\1\0\0\0\0\0\0\0\0\1\0\0\0\1\x7f\xff\xff\xff", 22)};
+    for (QByteArray const& bytes : cases) {
         ASSERT_EQ(write(connection.ends[0], bytes.constData(), static_cast<std::size_t>(bytes.size())), bytes.size());
         MESSAGE_READER reader;
         reader.receive(connection.ends[1], true);

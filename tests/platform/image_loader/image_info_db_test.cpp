@@ -172,6 +172,12 @@ TEST(image_info_db, files_that_are_not_sound) {
         EXPECT_EQ(reader.size(), 0u);
         EXPECT_FALSE(reader.find("z.dds"));
     }
+    for (std::size_t const length : {layout::most_name_bytes, layout::most_name_bytes + 1}) {
+        IMAGE_INFO_DB database;
+        database.add_info(QE::FileName(std::string(length, 'a')), info(4, 4, 1, TTF_BC1), 0);
+        EXPECT_STREQ(IMAGE_INFO_DB_READER().open(saved(database)),
+                     length > layout::most_name_bytes ? "a name is longer than any path" : nullptr);
+    }
     // The checksum is the one of PNG and zlib.
     std::string_view const digits = "123456789";
     EXPECT_EQ(layout::crc_32(std::as_bytes(std::span(digits))), 0xCBF43926u);
