@@ -131,7 +131,8 @@ void polish(BC7_POOL& pool, BC7_SEARCH const& search) {
         BC7_BLOCK const& block = pool.blocks[b];
         bool same = block.code.mode == mode.mode;
         std::uint8_t variant = block.code.partition;
-        if constexpr (std::is_same_v<decltype(mode), BC7_TWO_PLANE_MODE const>) {
+        // Compilers are at odds about whether the type of such a parameter is const.
+        if constexpr (std::is_same_v<std::remove_const_t<decltype(mode)>, BC7_TWO_PLANE_MODE>) {
             same = same && block.code.index_selection == mode.index_selection;
             variant = block.code.rotation;
         }
