@@ -1,5 +1,6 @@
 // The two older actions, with real files: TGA to DDS through the tool-data library, and any image to any other through
 // FreeImage.
+#include "blocks/encode.hpp"
 #include "dds/action_dds.hpp"
 #include "dds/action_freeimage.hpp"
 #include "platform/dds_container/dds_container.hpp"
@@ -158,6 +159,10 @@ TEST_F(LEGACY_ACTIONS, a_full_disk_is_a_failure) {
     PHYSICAL_PATH const source(folder.write("raw/a.tga", tga(64, 64, [](int x, int y) {
                                                 return std::array{x * y % 256, x * 3 % 256, y * 5 % 256, x};
                                             })));
+    // Clang's OpenMP writes a small file when it is first called, and ends the process where it cannot.
+    std::array<std::uint8_t, 64> const texels{};
+    std::array<std::uint8_t, 8> code{};
+    ASSERT_TRUE(blocks::encode_image(blocks::FORMAT::bc1, {texels.data(), 4, 4, 16}, {}, 1, code));
     for (char const* const format : {"bmp", "tga", "png", "tif", "dds"}) {
         std::unique_ptr<ACTION_CONVERT> action;
         if (QLatin1String(format) == "dds")

@@ -32,6 +32,10 @@ def png(width, height):
     return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
 
 
+def sanitizer_options():
+    return {name: value for name, value in os.environ.items() if name in ("ASAN_OPTIONS", "TSAN_OPTIONS")}
+
+
 class ProjectTest(unittest.TestCase):
     def setUp(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zab-test-")).resolve()
@@ -56,7 +60,8 @@ class ProjectTest(unittest.TestCase):
         plugin = [] if "--plugin" in arguments else ["--plugin", PLUGIN]
         run = subprocess.run(
             [os.path.abspath(ZAB), *plugin, *arguments], cwd=self.folder / folder, user=user, capture_output=True,
-            timeout=120, env={"LC_ALL": "C", "PATH": "/usr/bin:/bin", "HOME": str(self.folder), **(environment or {})})
+            timeout=120, env={"LC_ALL": "C", "PATH": "/usr/bin:/bin", "HOME": str(self.folder),
+                              **sanitizer_options(), **(environment or {})})
         shown = [text.decode().replace(str(self.folder), "@") for text in (run.stdout, run.stderr)]
         return run.returncode, *shown
 
