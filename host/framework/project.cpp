@@ -1,5 +1,6 @@
 #include "host/framework/project.hpp"
 
+#include "host/framework/absolute_path.hpp"
 #include "host/framework/rule_tables.hpp"
 
 #include <QDir>
@@ -41,9 +42,7 @@ public:
     }
 
 private:
-    QString absolute(QString const& path) const {
-        return QDir::cleanPath(QDir(project_.folder).absoluteFilePath(path));
-    }
+    QString absolute(QString const& path) const { return absolute_path(path, project_.folder); }
 
     void read_section(std::string_view name, toml::table const& table, toml::key const& section) {
         if (name == "roots")
@@ -150,7 +149,7 @@ private:
 std::optional<PROJECT> load_project(QString const& file, DIAGNOSTICS& diagnostics) {
     DIAGNOSTICS found;
     PROJECT project;
-    project.file = QDir::cleanPath(QFileInfo(file).absoluteFilePath());
+    project.file = absolute_path(file);
     project.folder = QFileInfo(project.file).path();
     project.state_folder = project.folder + QStringLiteral("/.zab");
     project.rules.path = project.file;
@@ -165,7 +164,7 @@ std::optional<PROJECT> load_project(QString const& file, DIAGNOSTICS& diagnostic
 }
 
 QString find_project_file(QString const& folder) {
-    QString above = QDir::cleanPath(QDir(folder).absolutePath());
+    QString above = absolute_path(folder);
     while (true) {
         QString const file = QDir(above).filePath(QLatin1String(project_file_name));
         if (QFileInfo::exists(file))

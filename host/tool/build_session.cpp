@@ -1,5 +1,6 @@
 #include "host/tool/build_session.hpp"
 
+#include "host/framework/absolute_path.hpp"
 #include "host/framework/printable.hpp"
 #include "host/tool/database_step.hpp"
 #include "processor/host/paths.hpp"
@@ -42,10 +43,10 @@ EXIT_CODE BUILD_SESSION::open_project() {
         }
     } else {
         QString const folder = argument(options_.directory);
-        file = QDir(folder).absoluteFilePath(QLatin1String(framework::project_file_name));
+        file = framework::absolute_path(folder) + u'/' + QLatin1String(framework::project_file_name);
         if (!QFileInfo::exists(file)) {
             console_.error(
-                QFileInfo(folder).isDir()
+                QFileInfo(framework::absolute_path(folder)).isDir()
                     ? QStringLiteral("no zab.toml in %1; \"zab init\" makes one").arg(framework::printable(folder))
                     : QStringLiteral("there is no folder %1").arg(framework::printable(folder)));
             return EXIT_CODE::wrong_use;
@@ -99,7 +100,7 @@ QString BUILD_SESSION::plugin_file() const {
 QStringList BUILD_SESSION::plugin_libraries() const {
     Dl_info framework = {};
     dladdr(reinterpret_cast<void const*>(&framework::note_file_look_up), &framework);
-    return {QFileInfo(plugin_file()).absoluteFilePath(),
+    return {framework::absolute_path(plugin_file()),
             QFileInfo(QFile::decodeName(framework.dli_fname)).absoluteFilePath()};
 }
 
@@ -179,7 +180,7 @@ std::optional<QString> BUILD_SESSION::project_path(std::string const& given) con
     QString const path = argument(given);
     if (path.startsWith(QLatin1String("<raw>")) || path.startsWith(QLatin1String("<working>")))
         return path;
-    QString const absolute = QDir::cleanPath(QDir::current().absoluteFilePath(path));
+    QString const absolute = framework::absolute_path(path);
     if (std::optional<QString> const direct = logical(absolute))
         return direct;
     // The current folder's own name may go through other links than the project's.

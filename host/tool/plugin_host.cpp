@@ -1,5 +1,6 @@
 #include "host/tool/plugin_host.hpp"
 
+#include "host/framework/absolute_path.hpp"
 #include "processor/host/plugin_interface.hpp"
 
 #include <QCoreApplication>
@@ -16,7 +17,7 @@ QString PLUGIN_HOST::default_path() {
 }
 
 bool PLUGIN_HOST::load(QString const& path, QString& error) {
-    QString const file = QFileInfo(path).absoluteFilePath();
+    QString const file = framework::absolute_path(path);
     if (!QFileInfo(file).isFile()) {
         error = QStringLiteral("the plug-in %1 does not exist").arg(path);
         return false;

@@ -32,8 +32,9 @@ def png(width, height):
     return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
 
 
-def sanitizer_options():
-    return {name: value for name, value in os.environ.items() if name in ("ASAN_OPTIONS", "TSAN_OPTIONS")}
+def sanitizer_options(*more):
+    """What the environment tells the sanitizers, where the program is built with one, and `more` of it."""
+    return {name: ":".join(filter(None, (os.environ.get(name), *more))) for name in ("ASAN_OPTIONS", "TSAN_OPTIONS")}
 
 
 class ProjectTest(unittest.TestCase):

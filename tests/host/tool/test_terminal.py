@@ -11,7 +11,7 @@ import time
 import unicodedata
 import unittest
 
-from command_line import ZAB
+from command_line import ZAB, sanitizer_options
 from test_workers import STEPS, StepTest
 
 DRAWN = re.compile(r"\r\x1b\[K")
@@ -28,7 +28,7 @@ class Terminal(StepTest):
         if process == 0:
             os.chdir(self.folder)
             os.execve(os.path.abspath(ZAB), ["zab", "--plugin", STEPS, "build", *arguments],
-                      {"TERM": "xterm", "PATH": "/bin", "LC_ALL": "C", **(environment or {})})
+                      {"TERM": "xterm", "PATH": "/bin", "LC_ALL": "C", **sanitizer_options(), **(environment or {})})
         fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, width, 0, 0))
         seen, begin = b"", time.monotonic()
         while True:

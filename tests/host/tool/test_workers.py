@@ -6,7 +6,7 @@ import subprocess
 import time
 import unittest
 
-from command_line import RULE, ZAB, ProjectTest, tga
+from command_line import RULE, ZAB, ProjectTest, sanitizer_options, tga
 
 STEPS = os.environ.get("ZAB_STEP_PLUGIN", "build/release/lib/step_plugin.so")
 
@@ -39,7 +39,7 @@ class Deaths(StepTest):
                     "a": "makes a", "b": f"makes b1\nscratch s\nsay before\n{order}\nmakes b2", "c": "makes c",
                     "d": "after b\nmakes d", "e": "makes e"}, *arguments,
                     # Sanitizers would make a report and an exit status of the signal.
-                    environment={"ASAN_OPTIONS": "handle_segv=0", "TSAN_OPTIONS": "handle_segv=0"})
+                    environment=sanitizer_options("handle_segv=0"))
                 self.assertEqual(status, 1)
                 self.assertEqual(lines[:-1], [
                     "[1/5] done: a", "[2/5] FAILED: b", "before", f'"b" on raw_data/b.step: {cause}', "[3/5] done: c",
