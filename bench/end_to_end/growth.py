@@ -34,6 +34,12 @@ def project(name, rule):
     return folder
 
 
+def from_nothing(folder, command):
+    """The cost of a run that has no results to keep."""
+    inputs.put_away(folder / "working_data", folder / ".zab")
+    return run(command(folder))
+
+
 def grow(options, name, unit, steps, make, command, plotted=("", lambda size: size)):
     """A table, and plots if asked for. `make` a size: the project's folder; `command` it: what is measured; `plotted`:
     what stands on the plots' axis, where it is not the size."""
@@ -41,7 +47,7 @@ def grow(options, name, unit, steps, make, command, plotted=("", lambda size: si
     rows, times, memory = [], [], []
     for size in steps:
         folder = make(size)
-        cost = median([run(command(folder)) for _ in range(options.runs if size < steps[-1] else 1)])
+        cost = median([from_nothing(folder, command) for _ in range(options.runs if size < steps[-1] else 1)])
         shutil.rmtree(folder)
         rows.append([f"{size:,}", report.seconds(cost.processor), report.mebibytes(cost.peak_bytes)])
         times.append((plotted[1](size), cost.processor))
