@@ -76,7 +76,7 @@ private:
     struct UNSETTLED {
         std::size_t row;
         RECORDED_ACTION action;
-        /// No file of it is settled before.
+        /// Before that its files are not all settled.
         std::chrono::steady_clock::time_point next_look = {};
     };
 
