@@ -2,6 +2,7 @@
 #pragma once
 
 #include "processor/host/image_database_entry.hpp"
+#include "processor/host/output_root_entry.hpp"
 #include "processor/host/processor_interface.hpp"
 
 #include <QPluginLoader>
@@ -22,6 +23,9 @@ public:
     /// Makes the actions of the database step; null when the plug-in has none.
     CREATE_IMAGE_DATABASE_ACTION* image_database() const { return image_database_; }
 
+    /// Keeps the plug-in's outputs in a folder; null when it cannot.
+    SET_OUTPUT_ROOT* set_output_root() const { return set_output_root_; }
+
     /// The plug-in that comes with this program: "../lib/zab/ZAB_Texture.so" beside its folder.
     static QString default_path();
 
@@ -29,6 +33,7 @@ private:
     QPluginLoader loader_;
     std::vector<std::unique_ptr<PROCESSOR_INTERFACE>> processors_;
     CREATE_IMAGE_DATABASE_ACTION* image_database_ = nullptr;
+    SET_OUTPUT_ROOT* set_output_root_ = nullptr;
 };
 
 }  // namespace tool
