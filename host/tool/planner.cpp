@@ -117,6 +117,12 @@ private:
                                                   .arg(CONSOLE::shown(file), described(other), described(planned)));
                     continue;
                 }
+                if (std::optional<std::size_t> const other = file_and_folder(place, i)) {
+                    plan_.conflicts.push_back(
+                        QStringLiteral("%1 would be a file and a folder\n  %2\n  %3")
+                            .arg(CONSOLE::shown(file), described(plan_.actions[*other]), described(planned)));
+                    continue;
+                }
                 producers_.insert(place, i);
                 // The database step lists what there will be.
                 if (session_.project().image_database && !session_.files().contains(target.logical_path))
@@ -127,6 +133,22 @@ private:
                     target.logical_path, planned.sources.isEmpty() ? QString() : planned.sources.first().text());
             }
         }
+    }
+
+    /// The action that would make a file of one of the folders of `place`, or a folder of `place` itself. Which of the
+    /// two won would be a matter of their order.
+    std::optional<std::size_t> file_and_folder(QString const& place, std::size_t action) {
+        if (auto const folder = folders_.constFind(place); folder != folders_.constEnd())
+            return *folder;
+        for (int slash = place.lastIndexOf(u'/'); slash > 0; slash = place.lastIndexOf(u'/', slash - 1)) {
+            QString const folder = place.left(slash);
+            if (folders_.contains(folder))
+                break;
+            if (auto const file = producers_.constFind(folder); file != producers_.constEnd())
+                return *file;
+            folders_.insert(folder, action);
+        }
+        return {};
     }
 
     QString described(PLANNED_ACTION const& planned) const {
@@ -231,6 +253,8 @@ private:
     TARGET_GUARD guard_;
     /// Where a target file really lies to its action's place: links may give one file two names.
     QHash<QString, std::size_t> producers_;
+    /// Every folder that holds such a file, at any depth, to the first action that needs it.
+    QHash<QString, std::size_t> folders_;
 };
 
 }  // namespace
