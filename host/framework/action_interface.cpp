@@ -20,6 +20,7 @@ ACTION_INTERFACE::ACTION_INTERFACE(ACTION_INTERFACE const& other)
       rule_topic_(other.rule_topic_),
       error_(other.error_),
       dependencies_(other.dependencies_),
+      working_files_(other.working_files_),
       progress_max_(other.progress_max()) {
 }
 

@@ -45,8 +45,11 @@ std::optional<QString> why_unwritable(QString folder) {
         .arg(folder, QString::fromLocal8Bit(std::strerror(errno)));
 }
 
-/// Opens the targets in version control. Nothing, or why one cannot be written.
+/// Opens the targets in version control. Nothing, or why one cannot be written or the action may not run.
 std::optional<QString> prepare_targets(PLANNED_ACTION const& planned) {
+    // It may have come since the plan was made.
+    if (QString const file = working_file_in_the_way(planned); !file.isEmpty())
+        return refusal_of_file_in_the_way(file);
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
         if (auto refusal = why_unwritable(QFileInfo(target.physical_path.text()).path()))
             return refusal;

@@ -8,6 +8,7 @@
 #include "processor/host/paths.hpp"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <functional>
@@ -272,6 +273,17 @@ bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::
 
 bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target) {
     return target.temporary && target.logical_path.text().startsWith(QLatin1String("<raw>/"));
+}
+
+QString working_file_in_the_way(PLANNED_ACTION const& planned) {
+    for (PHYSICAL_PATH const& file : planned.action->working_files())
+        if (QFileInfo const info(file.text()); info.exists() || info.isSymLink())
+            return file;
+    return {};
+}
+
+QString refusal_of_file_in_the_way(QString const& file) {
+    return CONSOLE::shown(file) + QStringLiteral(" is in the way: this action needs a file of that name for itself");
 }
 
 std::optional<LOGICAL_PATH> subject_of(PLANNED_ACTION const& planned) {

@@ -114,6 +114,9 @@ public:
     int progress_max() const { return progress_max_; }
     /// Called with every line as it is added, on the action's thread.
     void set_line_listener(std::function<void(QString const&)> listener) { listener_ = std::move(listener); }
+    /// Files that the action will make for itself and take away again, in places where they are no target of anybody's.
+    /// It takes away whatever stands there before, so that a host has to look first.
+    QVector<PHYSICAL_PATH> const& working_files() const { return working_files_; }
     /// Called with the path of every file that the action is going to write besides its announced targets.
     void set_working_file_listener(std::function<void(PHYSICAL_PATH const&)> listener) {
         working_file_listener_ = std::move(listener);
@@ -124,6 +127,8 @@ protected:
     /// Tells the host of a file that is no announced target and that the action is about to write, so that it does not
     /// stay behind when the process ends in the middle.
     void announce_working_file(PHYSICAL_PATH const& file);
+    /// Tells the host so before the action runs.
+    void need_working_file(PHYSICAL_PATH const& file) { working_files_.append(file); }
     bool is_aborted() const { return aborted_; }
     void set_progress_value(int progress) { progress_ = progress; }
 
@@ -138,6 +143,7 @@ private:
     QStringList lines_;
     QVector<DEPENDENCY> dependencies_;
     QVector<REGISTERED_FILE> registered_;
+    QVector<PHYSICAL_PATH> working_files_;
     std::function<void(QString const&)> listener_;
     std::function<void(PHYSICAL_PATH const&)> working_file_listener_;
     bool version_control_failed_ = false;
