@@ -4,6 +4,7 @@
 #include "platform/checked_size.hpp"
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/qe/fp_state.hpp"
+#include "platform/qe/memory_file.hpp"
 
 #include <QFile>
 
@@ -139,15 +140,18 @@ bool compress_with_nvtt(OUTPUT_LINE_SINK& sink, PHYSICAL_PATH const& target, BAC
         errors.error(nvtt::Error_FileOpen);
         return false;
     }
+    // The library opens files by name, whatever has that name by then.
+    QE::MEMORY_FILE made;
+    if (!made.is_open())
+        throw std::bad_alloc();
     nvtt::OutputOptions output;
-    // The library would write into whatever stands in the target's place, through links as well.
-    output.setFileName(file->path_for_libraries().c_str());
+    output.setFileName(made.name().c_str());
     output.setErrorHandler(&errors);
 
     if (!process(compressor, input, compression, output))
         return false;
-    // The library does not look whether its writes arrive: on a full disk it reports success.
-    if (!is_whole(file->descriptor()) || !file->commit(cause)) {
+    // The library does not look whether its writes arrive.
+    if (!is_whole(made.descriptor()) || !file->write_all_of(made.descriptor(), cause) || !file->commit(cause)) {
         errors.error(nvtt::Error_FileWrite);
         return false;
     }

@@ -1,14 +1,20 @@
-// Whether an open folder lies below the root is found out by going up from it, which no exchange of names on its way
-// can mislead, and which takes links that stay inside the root for what they are, absolute ones too.
+// Linux can be asked to stay below a folder (openat2, since 5.6), but then refuses every absolute link, also one that
+// stays inside. Where it refuses, or is no such Linux, the open folder is asked where it lies: by going up from it,
+// which no exchange of names on the way can mislead.
 #include "platform/qe/output_root.hpp"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#ifdef __linux__
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+#endif
 #include <unistd.h>
 
 namespace QE {
@@ -64,19 +70,35 @@ bool lies_in_root(int folder) {
     return is_inside;
 }
 
+/// Opens a folder by its path below the root. -1 and errno when it cannot be opened; EXDEV when it lies outside.
+int open_below_root(char const* path) {
+#ifdef SYS_openat2
+    open_how how = {};
+    how.flags = static_cast<std::uint64_t>(folder_flags);
+    how.resolve = RESOLVE_BENEATH;
+    long const beneath = syscall(SYS_openat2, root().descriptor, path, &how, sizeof how);
+    if (beneath >= 0 || errno == ENOENT)
+        return static_cast<int>(beneath);
+#endif
+    int const folder = openat(root().descriptor, path, folder_flags);
+    if (folder < 0 || lies_in_root(folder))
+        return folder;
+    close(folder);
+    errno = EXDEV;
+    return -1;
+}
+
 std::string leads_outside() {
     return "a link leads outside '" + root().path + "'";
 }
 
 bool create_below_root(std::string const& rest, std::string& cause) {
-    int at = openat(root().descriptor, rest.c_str(), folder_flags);
-    if (at >= 0 || errno != ENOENT) {
-        cause = text_of(errno);
-        if (at >= 0)
-            close(at);
-        return at >= 0;
+    struct stat status = {};
+    if (fstatat(root().descriptor, rest.c_str(), &status, 0) == 0) {
+        cause = text_of(ENOTDIR);
+        return S_ISDIR(status.st_mode);
     }
-    at = openat(root().descriptor, ".", folder_flags);
+    int at = openat(root().descriptor, ".", folder_flags);
     for (std::size_t begin = 0; at >= 0 && begin < rest.size();) {
         std::size_t const end = std::min(rest.find('/', begin), rest.size());
         std::string const name = rest.substr(begin, end - begin);
@@ -120,10 +142,9 @@ OUTPUT_FOLDER::OUTPUT_FOLDER(std::filesystem::path const& file, std::string& cau
     std::filesystem::path const folder = file.parent_path();
     if (char const* const rest = below_root(file.native())) {
         std::string const inner = std::filesystem::path(rest).parent_path().native();
-        descriptor_ = openat(root().descriptor, inner.empty() ? "." : inner.c_str(), folder_flags);
-        if (descriptor_ >= 0 && !lies_in_root(descriptor_)) {
+        descriptor_ = open_below_root(inner.empty() ? "." : inner.c_str());
+        if (descriptor_ < 0 && errno == EXDEV) {
             cause = leads_outside();
-            close(std::exchange(descriptor_, -1));
             return;
         }
     } else {

@@ -4,10 +4,10 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -38,35 +38,6 @@ int rename_file(int from_folder, char const* from, int to_folder, char const* to
             return EEXIST;
     }
     return renameat(from_folder, from, to_folder, to) == 0 ? 0 : errno;
-}
-
-bool write_all(int file, std::span<std::uint8_t const> bytes, std::string& cause) {
-    while (!bytes.empty()) {
-        ssize_t const count = ::write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0) {
-            cause = count == 0 ? "the file cannot be written" : text_of(errno);
-            return false;
-        }
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
-bool copy_all(int from, OUTPUT_FILE& to, std::string& cause) {
-    std::vector<std::uint8_t> buffer(std::size_t{1} << 20);
-    while (true) {
-        ssize_t const count = ::read(from, buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            cause = text_of(errno);
-        if (count <= 0)
-            return count == 0;
-        if (!to.write(std::span(buffer).first(static_cast<std::size_t>(count)), cause))
-            return false;
-    }
 }
 
 }  // namespace
@@ -152,13 +123,34 @@ bool OUTPUT_FILE::is_still_there() const {
 }
 
 bool OUTPUT_FILE::write(std::span<std::uint8_t const> bytes, std::string& cause) {
-    return write_all(descriptor_, bytes, cause);
+    while (!bytes.empty()) {
+        ssize_t const count = ::write(descriptor_, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0) {
+            cause = count == 0 ? "the file cannot be written" : text_of(errno);
+            return false;
+        }
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
-std::filesystem::path OUTPUT_FILE::path_for_libraries() const {
-    std::filesystem::path const by_descriptor = "/proc/self/fd/" + std::to_string(descriptor_);
-    std::error_code error;
-    return std::filesystem::exists(by_descriptor, error) ? by_descriptor : unfinished_file(target_);
+bool OUTPUT_FILE::write_all_of(int descriptor, std::string& cause) {
+    constexpr std::size_t piece = 256 * 1024;
+    auto const buffer = std::make_unique_for_overwrite<std::uint8_t[]>(piece);
+    for (off_t at = 0;;) {
+        ssize_t const count = ::pread(descriptor, buffer.get(), piece, at);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            cause = text_of(errno);
+        if (count <= 0)
+            return count == 0;
+        if (!write({buffer.get(), static_cast<std::size_t>(count)}, cause))
+            return false;
+        at += count;
+    }
 }
 
 bool OUTPUT_FILE::commit(std::string& cause, EARLIER_FILE earlier) {
@@ -213,7 +205,7 @@ bool move_file(std::filesystem::path const& file, std::filesystem::path const& t
     bool is_moved = error == 0;
     if (error == EXDEV) {
         std::optional<OUTPUT_FILE> copy = OUTPUT_FILE::open(target, cause);
-        is_moved = copy && copy_all(bytes, *copy, cause) && copy->commit(cause) && remove_file(file, cause);
+        is_moved = copy && copy->write_all_of(bytes, cause) && copy->commit(cause) && remove_file(file, cause);
     } else if (!is_moved) {
         cause = text_of(error);
     }

@@ -33,11 +33,8 @@ public:
     ~OUTPUT_FILE();
 
     bool write(std::span<std::uint8_t const> bytes, std::string& cause);
-    /// To read with, and to write with for who does not go by names.
-    int descriptor() const { return descriptor_; }
-    /// For libraries that open files by name: leads to this very file, whatever becomes of its name.
-    std::filesystem::path path_for_libraries() const;
-
+    /// All that stands in the open file, from its beginning.
+    bool write_all_of(int descriptor, std::string& cause);
     /// The file takes its place. False on failure: the target is as it was, and the unfinished file is gone.
     bool commit(std::string& cause, EARLIER_FILE earlier = EARLIER_FILE::replaced);
 
