@@ -67,8 +67,8 @@ std::optional<QString> remove_left_fragment(PLANNED_ACTION const& planned) {
             continue;
         if (auto refusal = framework::VERSION_CONTROL::current().remove(PHYSICAL_PATH(fragment)))
             return refusal;
-        if (QFile file(fragment); !file.remove())
-            return QStringLiteral("Failed to remove '%1': %2").arg(fragment, file.errorString());
+        if (std::string cause; !QE::remove_file(QFile::encodeName(fragment).toStdString(), cause))
+            return QStringLiteral("Failed to remove '%1': %2").arg(fragment, QString::fromLocal8Bit(cause.c_str()));
     }
     return {};
 }

@@ -141,7 +141,12 @@ private:
     std::optional<std::size_t> file_and_folder(QString const& place, std::size_t action) {
         if (auto const folder = folders_.constFind(place); folder != folders_.constEnd())
             return *folder;
-        for (int slash = place.lastIndexOf(u'/'); slash > 0; slash = place.lastIndexOf(u'/', slash - 1)) {
+        // Most actions write into the folder of the one before.
+        int slash = place.lastIndexOf(u'/');
+        if (place.leftRef(slash) == last_folder_)
+            return {};
+        last_folder_ = place.left(slash);
+        for (; slash > 0; slash = place.lastIndexOf(u'/', slash - 1)) {
             QString const folder = place.left(slash);
             if (folders_.contains(folder))
                 break;
@@ -256,6 +261,8 @@ private:
     QHash<QString, std::size_t> producers_;
     /// Every folder that holds such a file, at any depth, to the first action that needs it.
     QHash<QString, std::size_t> folders_;
+    /// The folder that was looked at last.
+    QString last_folder_;
 };
 
 }  // namespace
