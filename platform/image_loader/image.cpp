@@ -285,6 +285,8 @@ IMAGE_FORMAT detect_image_format(std::span<std::uint8_t const> file) {
         {"\xff\xd8\xff"sv, IMAGE_FORMAT::jpg},
         {"II*\0"sv, IMAGE_FORMAT::tif},
         {"MM\0*"sv, IMAGE_FORMAT::tif},
+        {"II+\0"sv, IMAGE_FORMAT::tif},
+        {"MM\0+"sv, IMAGE_FORMAT::tif},
     });
     std::string_view const text(reinterpret_cast<char const*>(file.data()), std::min<std::size_t>(file.size(), 8));
     for (MARK const& mark : marks) {

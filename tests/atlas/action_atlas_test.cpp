@@ -112,6 +112,20 @@ TEST_F(ATLAS, a_source_that_cannot_be_loaded) {
     EXPECT_EQ(left_over(), "");
 }
 
+TEST_F(ATLAS, a_cube_map_is_of_no_use_and_a_cut_one_is_not_read) {
+    QByteArray const cube = QByteArray::fromHex("444453207c000000071000000400000004000000")
+                                .leftJustified(76, '\0')
+                                .append(QByteArray::fromHex("200000000400000044585431"))
+                                .leftJustified(108, '\0')
+                                .append(QByteArray::fromHex("0810000000fe0000"))
+                                .leftJustified(128 + 6 * 8, '\0');
+    source("cube.dds", {});
+    folder.write("raw/cube.dds", cube);
+    EXPECT_EQ(run_atlas(failed), "*** Error: Texture raw/cube.dds has unsupported format.\n");
+    folder.write("raw/cube.dds", cube.chopped(1));
+    EXPECT_EQ(run_atlas(failed), "*** Error: Loading texture raw/cube.dds failed.\n");
+}
+
 TEST_F(ATLAS, an_index_that_cannot_be_written) {
     QDir().mkpath(folder.path("out/ui/atlas.tai/in_the_way"));
     source("a.tga", {1, 2, 3, 255}, 64, 32);
