@@ -81,6 +81,11 @@ QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STAMP> con
         // A database that has nothing to hold is gone without a word; else it could not be saved.
         if (planned.is_last_step && !after[i].exists() && !planned.action->output_lines().isEmpty())
             return QStringLiteral("The target was not made: ") + target.physical_path.text();
+        if (planned.is_last_step && !after[i].exists() && before[i].exists())
+            if (auto refusal = framework::VERSION_CONTROL::current().remove(target.physical_path))
+                return *refusal;
+        if (is_older_file(target) && after[i].exists())
+            return QStringLiteral("The file of older versions was not removed: ") + target.physical_path.text();
     }
     return remove_left_fragment(planned).value_or(QString());
 }
@@ -162,7 +167,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
         result.status = ACTION_RESULT::STATUS::succeeded;
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
             result.made_no_file = result.made_no_file || (!target.temporary && !was_removed(planned, target) &&
-                                                          !QFileInfo::exists(target.physical_path));
+                                                          !stamp_of(target.physical_path).exists());
         return result;
     }
     // An action with an error never touched its targets, and its announced ones may be another's.
