@@ -1,5 +1,6 @@
 // zab clean: removes what a build makes: the targets of the current plan, and the build state. With --stale it removes
 // what earlier builds made and no action makes any more, and nothing else.
+#include "host/tool/atlas_pages.hpp"
 #include "host/tool/open_plan.hpp"
 #include "host/tool/project_lock.hpp"
 #include "host/tool/target_guard.hpp"
@@ -69,13 +70,14 @@ private:
         if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
             return code;
         // Removing needs no order, and what two actions claim is a target all the same.
-        PLAN const plan = make_plan(session);
+        PLAN plan = make_plan(session);
         BUILD_STATE state(session, context.console);
         state.open(plan);
+        refuse_foreign_pages(plan, state);
         TARGET_GUARD guard(session.project().working);
         for (PLANNED_ACTION const& planned : plan.actions)
             for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-                if (planned.state == PLANNED_ACTION::STATE::run && !is_older_file(target) &&
+                if ((planned.state == PLANNED_ACTION::STATE::run || planned.refused) && !is_older_file(target) &&
                     (guard.refusal(target.physical_path).isEmpty() || is_fragment_beside_source(planned, target)))
                     remove_file(context.console, session.project().working, target.physical_path);
         // What is known of them goes with the state, so this is the last chance for all the others.

@@ -1,6 +1,7 @@
 #include "host/tool/open_plan.hpp"
 
 #include "host/framework/printable.hpp"
+#include "host/tool/atlas_pages.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QFileInfo>
@@ -67,6 +68,7 @@ EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::stri
         return EXIT_CODE::wrong_use;
     opened.state = std::make_unique<BUILD_STATE>(opened.session, context.console);
     opened.state->open(*opened.plan);
+    refuse_foreign_pages(*opened.plan, *opened.state);
     if (!wanted.empty()) {
         restrict_plan(*opened.plan, wanted);
         if (opened.plan->actions.empty())
