@@ -99,31 +99,29 @@ std::vector<SHARED_PAGE> shared_pages(std::vector<PLANNED_ACTION> const& actions
     return shared;
 }
 
-void refuse_foreign_pages(PLAN& plan, BUILD_STATE& state) {
-    for (PLANNED_ACTION& planned : plan.actions) {
-        std::optional<ATLAS> const atlas = atlas_of(planned);
-        if (!atlas)
+QString take_out_foreign_pages(PLANNED_ACTION& planned, BUILD_STATE& state) {
+    QString refusal;
+    std::optional<ATLAS> const atlas = atlas_of(planned);
+    if (!atlas)
+        return refusal;
+    QSet<QString> own;
+    for (int const number : pages_of_index(atlas->index))
+        own.insert(page_end(number));
+    for (QString const& end : page_ends(planned, atlas->base)) {
+        QString const file = atlas->base + end;
+        LOGICAL_PATH const path = PATHS::logical_path(PHYSICAL_PATH(file));
+        // The state may be gone, or may never have been on this machine; the index tells as well.
+        if (!stands_there(file) || own.contains(end) || state.is_made_by_build(planned, path))
             continue;
-        QSet<QString> own;
-        for (int const number : pages_of_index(atlas->index))
-            own.insert(page_end(number));
-        for (QString const& end : page_ends(planned, atlas->base)) {
-            QString const file = atlas->base + end;
-            LOGICAL_PATH const path = PATHS::logical_path(PHYSICAL_PATH(file));
-            // The state may be gone, or may never have been on this machine; the index tells as well.
-            if (!stands_there(file) || own.contains(end) || state.is_made_by_build(planned, path))
-                continue;
-            if (planned.error.isEmpty())
-                planned.error = QStringLiteral("%1 is no file of the atlas %2, but has the name of one of its "
-                                               "pages; move it away, or give the atlas another name")
-                                    .arg(CONSOLE::shown(file), CONSOLE::shown(atlas->index));
-            planned.state = PLANNED_ACTION::STATE::error;
-            planned.refused = true;
-            planned.targets.erase(std::remove_if(planned.targets.begin(), planned.targets.end(),
-                                                 [&](auto const& target) { return target.logical_path == path; }),
-                                  planned.targets.end());
-        }
+        if (refusal.isEmpty())
+            refusal = QStringLiteral("%1 is no file of the atlas %2, but has the name of one of its pages; move it "
+                                     "away, or give the atlas another name")
+                          .arg(CONSOLE::shown(file), CONSOLE::shown(atlas->index));
+        planned.targets.erase(std::remove_if(planned.targets.begin(), planned.targets.end(),
+                                             [&](auto const& target) { return target.logical_path == path; }),
+                              planned.targets.end());
     }
+    return refusal;
 }
 
 QString missing_page(PLANNED_ACTION const& planned) {

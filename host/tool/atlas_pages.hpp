@@ -21,9 +21,9 @@ struct SHARED_PAGE {
 std::vector<SHARED_PAGE> shared_pages(std::vector<PLANNED_ACTION> const& actions,
                                       QHash<QString, std::size_t> const& producers, TARGET_GUARD& guard);
 
-/// Refuses every atlas beside which a file stands that has the name of a page and that no build has made: as a page it
-/// would be removed or overwritten. It is then none of the action's targets.
-void refuse_foreign_pages(PLAN& plan, BUILD_STATE& state);
+/// Takes files that no build has made, and that only have the name of a page, out of the action's targets. Not empty
+/// when there is such a file: why the atlas must not run, which would remove the file or write over it.
+QString take_out_foreign_pages(PLANNED_ACTION& planned, BUILD_STATE& state);
 
 /// A page that the action's index names and that is not there; empty when there is none.
 QString missing_page(PLANNED_ACTION const& planned);

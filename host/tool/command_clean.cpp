@@ -73,11 +73,12 @@ private:
         PLAN plan = make_plan(session);
         BUILD_STATE state(session, context.console);
         state.open(plan);
-        refuse_foreign_pages(plan, state);
+        for (PLANNED_ACTION& planned : plan.actions)
+            static_cast<void>(take_out_foreign_pages(planned, state));
         TARGET_GUARD guard(session.project().working);
         for (PLANNED_ACTION const& planned : plan.actions)
             for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
-                if ((planned.state == PLANNED_ACTION::STATE::run || planned.refused) && !is_older_file(target) &&
+                if (planned.state == PLANNED_ACTION::STATE::run && !is_older_file(target) &&
                     (guard.refusal(target.physical_path).isEmpty() || is_fragment_beside_source(planned, target)))
                     remove_file(context.console, session.project().working, target.physical_path);
         // What is known of them goes with the state, so this is the last chance for all the others.
