@@ -79,7 +79,8 @@ ACTION_INTERFACE::STATUS STEM_ACTION::run(FILE_MAP const& files, RULE_CACHE cons
         add_output_line(QStringLiteral("Unexpected error"));
         return STATUS_FAILED;
     }
-    if (!QFile::exists(target)) {
+    // A folder of that name is no target.
+    if (!QFileInfo(target.text()).isFile()) {
         add_output_line(QStringLiteral("Failed to convert!"));
         return STATUS_FAILED;
     }

@@ -151,7 +151,7 @@ ACTION_INTERFACE::STATUS ACTION_CONVERT::run(FILE_MAP const& files, RULE_CACHE c
         return STATUS_FAILED;
     }
     set_progress_value(progress_max());
-    if (!QFile::exists(target))
+    if (!QFileInfo(target.text()).isFile())
         return STATUS_SUCCEEDED;
     add_to_perforce(target, files, false, {});
     return version_control_failed() ? STATUS_FAILED : STATUS_SUCCEEDED;

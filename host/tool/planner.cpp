@@ -3,6 +3,7 @@
 #include "host/tool/planner.hpp"
 
 #include "host/framework/printable.hpp"
+#include "host/tool/atlas_pages.hpp"
 #include "host/tool/database_step.hpp"
 #include "host/tool/target_guard.hpp"
 #include "processor/host/paths.hpp"
@@ -29,6 +30,7 @@ public:
             session_.create_database_actions();
             take_in_new_actions(true);
         }
+        find_shared_pages();
         connect();
         order();
         return std::move(plan_);
@@ -126,6 +128,17 @@ private:
                 session_.asset_graph().add_texture(
                     target.logical_path, planned.sources.isEmpty() ? QString() : planned.sources.first().text());
             }
+        }
+    }
+
+    void find_shared_pages() {
+        if (!plan_.conflicts.empty())
+            return;
+        for (SHARED_PAGE const& page : shared_pages(plan_.actions, producers_, guard_)) {
+            auto const [first, second] = std::minmax(page.atlas, page.other);
+            plan_.conflicts.push_back(
+                QStringLiteral("two actions may write %1, the name of an atlas's page\n  %2\n  %3")
+                    .arg(CONSOLE::shown(page.file), described(plan_.actions[first]), described(plan_.actions[second])));
         }
     }
 

@@ -64,7 +64,8 @@ class Reasons(StateTest):
         self.settled()
 
     def test_a_file_that_was_not_made_is_tried_again(self):
-        self.write({"raw_data/p.step": "say why\nidle\nmakes p.out", "raw_data/q.step": "idle\nmakes q.out"})
+        self.write({"raw_data/p.step": "say why\nidle\nmakes p.out", "raw_data/q.step": "idle\nmakes q.out",
+                    "working_data/q.out/in_the_way": ""})
         self.build()
         for _ in range(2):
             self.assertEqual(self.reasons(), {"p": "made no file the last time", "q": "made no file the last time"})
