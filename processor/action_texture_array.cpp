@@ -9,6 +9,7 @@
 
 #include <exception>
 #include <new>
+#include <set>
 
 namespace {
 
@@ -93,10 +94,12 @@ ACTION_INTERFACE::STATUS ACTION_TEXTURE_ARRAY::write_fragment(FILE_MAP const& fi
     }
     QBuffer lines(&text);
     lines.open(QIODevice::ReadOnly);
+    std::set<QString> ids;
     for (QString const& texture : read_texture_names(lines)) {
         LOGICAL_PATH const dependency(QStringLiteral("<working>/") + texture + QStringLiteral(".dds"));
         QString const id = asset_fragment_id(dependency, rules);
-        if (!id.isEmpty())
+        // Two names may be two spellings of one texture.
+        if (!id.isEmpty() && ids.insert(id).second)
             builder.add_dependency(name, id, QStringLiteral("all"), QString());
     }
     if (!add_to_asset_graph_and_save(builder, files, rules))

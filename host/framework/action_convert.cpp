@@ -87,7 +87,8 @@ void ACTION_CONVERT::set_target_extension(QString const& extension) {
 }
 
 PHYSICAL_PATH ACTION_CONVERT::get_target() const {
-    return PHYSICAL_PATH(target_folder_ + QLatin1Char('/') + target_base_name_ + target_extension_);
+    // A base name may hold folders.
+    return PATHS::clean(PHYSICAL_PATH(target_folder_ + QLatin1Char('/') + target_base_name_ + target_extension_));
 }
 
 void ACTION_CONVERT::get_affected_files(QVector<LOGICAL_PATH>& sources, QVector<TARGET_FILE>& targets, QDateTime&,

@@ -179,7 +179,7 @@ std::optional<QString> BUILD_SESSION::project_path(std::string const& given) con
     };
     QString const path = argument(given);
     if (path.startsWith(QLatin1String("<raw>")) || path.startsWith(QLatin1String("<working>")))
-        return path;
+        return LOGICAL_PATH(path).text();
     QString const absolute = framework::absolute_path(path);
     if (std::optional<QString> const direct = logical(absolute))
         return direct;

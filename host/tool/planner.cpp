@@ -239,6 +239,8 @@ bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::
     if (!target.logical_path.text().endsWith(QLatin1String(".agf")))
         return false;
     return std::any_of(planned.sources.begin(), planned.sources.end(), [&](LOGICAL_PATH const& source) {
+        if (!source.text().endsWith(QLatin1String(".texture_array")))
+            return false;
         int const folder = source.text().lastIndexOf(u'/') + 1;
         QString const stem = source.section(u'.', 0, -2) + u'.';
         return target.logical_path.text().startsWith(stem) &&

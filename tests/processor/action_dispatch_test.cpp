@@ -140,8 +140,11 @@ TEST(action_dispatch, which_rule_is_active) {
          TEST_RULES().add("", "Texture", {}).add("", "TextureOld", {{"TargetPath", "t"}}), converted},
         {"nobody says where", TEST_RULES().add("", "Texture", {}).add("", "TextureOld", {{"ForbidDXT1", 1}}),
          no_target},
-        {"place holders", TEST_RULES().add("", "Texture", {{"TargetPath", "/x//{dir}/{name}/"}}),
-         list({"Convert texture (d/a.tga) -> /out//x/d/a/a.dds"})},
+        {"place holders, with slashes to spare", TEST_RULES().add("", "Texture", {{"TargetPath", "/x//{dir}/{name}/"}}),
+         list({"Convert texture (d/a.tga) -> /out/x/d/a/a.dds"})},
+        {"a base name with folders",
+         TEST_RULES().add("", "Texture", {{"TargetPath", "."}, {"TargetBaseName", "t//x/../n"}}),
+         list({"Convert texture (d/a.tga) -> /out/t/n.dds"})},
         {"another format", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "PNG"}}),
          list({"Convert texture (d/a.tga) -> /out/t/a.png"})},
         {"another format by the old rule", TEST_RULES().add("", "TextureOld", {{"TargetPath", "t"}, {"Format", "jpg"}}),
@@ -185,7 +188,7 @@ TEST(action_dispatch, rows_that_come_before_others) {
 
 TEST(action_dispatch, atlases_gather_what_has_their_target) {
     TEST_RULES rules;
-    rules.add("", "Atlas", {{"TargetBaseName", "ui/{dir}//"}, {"Width", "64"}, {"Height", 64}})
+    rules.add("", "Atlas", {{"TargetBaseName", "../out//ui/{dir}//"}, {"Width", "64"}, {"Height", 64}})
         .add("b.png", "Texture", {{"TargetPath", "t"}})
         .add("c.tif", "Atlas", {{"TargetBaseName", "ui/d"}, {"Width", 128}, {"Height", 128}})
         .add("e.tga", "Atlas", {{"TargetBaseName", "//"}, {"Width", 8}, {"Height", 8}})

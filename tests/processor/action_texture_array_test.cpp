@@ -90,7 +90,8 @@ TEST_F(action_texture_array, dependencies) {
         {"t/b\nt/a\nt/b\n\nt/none\nt/a.dds", "t/a.dds|t/b.dds"},
         {"t/a\r\nt/b\r\n", "t/a.dds|t/b.dds"},
         {"t/ a\n t/a\nt/a \n", "t/ a.dds"},
-        {"../t/a\n/t/a\n<working>/t/a\n", ""},
+        {"../t/a\n<working>/t/a\n", ""},
+        {"/t/a\n./t//a\nt/a\n../out/t/b\n", "t/b.dds|t/a.dds"},
         {"t/\xC3\xA4", "t/\xC3\xA4.dds"},
     };
     for (CASE const& c : cases) {
