@@ -117,6 +117,10 @@ bool ACTION_IMAGE_INFO_DB::belongs_here(LOGICAL_PATH const& path, RULE_CACHE con
 }
 
 ACTION_INTERFACE::STATUS ACTION_IMAGE_INFO_DB::run(FILE_MAP const& files, RULE_CACHE const& rules) {
+    if (!error().isEmpty()) {
+        add_output_line(error());
+        return STATUS_FAILED;
+    }
     // Asked for so that the host loads its table of packages; fragments are referenced by it below.
     AGF_DEPENDENCY_BUILDER::get_asset_fragment_packages(s_database, s_asset_graph);
     IMAGE_INFO_DB::destroy();

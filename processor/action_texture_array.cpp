@@ -59,6 +59,10 @@ void ACTION_TEXTURE_ARRAY::get_affected_files(QVector<LOGICAL_PATH>& sources, QV
 }
 
 ACTION_INTERFACE::STATUS ACTION_TEXTURE_ARRAY::run(FILE_MAP const& files, RULE_CACHE const& rules) {
+    if (!error().isEmpty()) {
+        add_output_line(error());
+        return STATUS_FAILED;
+    }
     try {
         // Asked once more where the host notes questions, so that another answer makes the action run again.
         static_cast<void>(has_legacy_fragment(files));

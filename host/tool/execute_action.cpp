@@ -165,7 +165,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
                                                           !QFileInfo::exists(target.physical_path));
         return result;
     }
-    // An action with an error never touched its targets, and its announced ones may be another's.
+    // One in error never touched anything.
     if (planned.state == PLANNED_ACTION::STATE::run) {
         take_back_targets(planned);
         for (LOGICAL_PATH const& source : planned.sources) {

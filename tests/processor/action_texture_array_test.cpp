@@ -103,6 +103,14 @@ TEST_F(action_texture_array, dependencies) {
     EXPECT_EQ(graph.packages(), (QHash<QString, QString>{{"d/x.y.texture_array", ""}}));
 }
 
+TEST_F(action_texture_array, an_error_set_before_is_all_that_happens) {
+    ACTION_TEXTURE_ARRAY action(PHYSICAL_PATH(folder.write("raw/x.texture_array")), processor);
+    action.set_error("set before");
+    EXPECT_EQ(action.run(files, rules), ACTION_INTERFACE::STATUS_FAILED);
+    EXPECT_EQ(action.output_lines(), QStringList("set before"));
+    EXPECT_FALSE(QFile::exists(folder.path("raw/x.texture_array.agf")));
+}
+
 TEST_F(action_texture_array, legacy_fragments) {
     for (char const* name : {"x.agf", "x.texture_array", "y.agf", "y.dds", "y.texture_array"}) {
         folder.write(QStringLiteral("raw/") + name);
