@@ -2,6 +2,7 @@
 
 #include "host/framework/version_control.hpp"
 #include "processor/host/paths.hpp"
+#include "processor/host/working_file_refusal.hpp"
 
 #include <QDir>
 #include <QFile>
@@ -142,6 +143,8 @@ ACTION_INTERFACE::STATUS ACTION_CONVERT::run(FILE_MAP const& files, RULE_CACHE c
         converted = convert(source_, target, rules, files);
     } catch (std::bad_alloc const&) {
         add_output_line(QStringLiteral("Not enough memory"));
+    } catch (WORKING_FILE_REFUSAL const& refusal) {
+        add_output_line(QString::fromUtf8(refusal.what()));
     } catch (std::exception const& exception) {
         add_output_line(QStringLiteral("Unexpected error: %1").arg(QString::fromLocal8Bit(exception.what())));
     } catch (...) {
