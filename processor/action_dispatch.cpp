@@ -13,6 +13,7 @@
 #include "dds/action_dds.hpp"
 #include "dds/action_dds_n.hpp"
 #include "dds/action_freeimage.hpp"
+#include "dds/whole_number.hpp"
 #include "fga/action_fga.hpp"
 #include "processor/action_texture_array.hpp"
 #include "processor/host/action_error.hpp"
@@ -32,10 +33,6 @@ bool is_image(QString const& path) {
     constexpr std::array extensions = {".tga", ".tif", ".png", ".dds", ".fga"};
     return std::any_of(extensions.begin(), extensions.end(),
                        [&](char const* extension) { return ends_with(path, extension); });
-}
-
-bool is_positive_number(QVariant const& value) {
-    return !value.isNull() && value.toInt() > 0;
 }
 
 QString file_name(PHYSICAL_PATH const& path) {
@@ -207,10 +204,9 @@ void ACTION_DISPATCH::dispatch_atlas(SOURCE const& source) {
     RULE const rule = rules_.get(source.logical, QStringLiteral("Atlas"));
     if (!rule.exists())
         return;
-    bool const is_complete = !rule.value(QStringLiteral("TargetBaseName")).isNull() &&
-                             is_positive_number(rule.value(QStringLiteral("Width"))) &&
-                             is_positive_number(rule.value(QStringLiteral("Height")));
-    if (!is_complete)
+    std::int32_t const width = whole_number(rule.value(QStringLiteral("Width")));
+    std::int32_t const height = whole_number(rule.value(QStringLiteral("Height")));
+    if (rule.value(QStringLiteral("TargetBaseName")).isNull() || width <= 0 || height <= 0)
         return add_error(QStringLiteral("Create atlas"),
                          QStringLiteral("No target base name or width or height has been specified in the rule!"),
                          source);
@@ -221,8 +217,7 @@ void ACTION_DISPATCH::dispatch_atlas(SOURCE const& source) {
         target.chop(1);
     ACTION_ATLAS*& atlas = atlases_[PHYSICAL_PATH(target)];
     if (atlas == nullptr) {
-        auto action = std::make_unique<ACTION_ATLAS>(PHYSICAL_PATH(target), rule.value(QStringLiteral("Width")).toInt(),
-                                                     rule.value(QStringLiteral("Height")).toInt(), processor_);
+        auto action = std::make_unique<ACTION_ATLAS>(PHYSICAL_PATH(target), width, height, processor_);
         atlas = action.get();
         result_.push_back(std::move(action));
     }
