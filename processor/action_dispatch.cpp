@@ -16,6 +16,7 @@
 #include "dds/whole_number.hpp"
 #include "fga/action_fga.hpp"
 #include "processor/action_texture_array.hpp"
+#include "processor/apply_target_rule.hpp"
 #include "processor/host/action_error.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
@@ -190,7 +191,7 @@ void ACTION_DISPATCH::export_alpha_blend_pair(SOURCE const& source) {
     auto const text_of = [&](char const* property) {
         return source.active_rule.value(QLatin1String(property)).toString();
     };
-    PHYSICAL_PATH const target(suffixed_working_path(source.physical, source.working_directory, QStringLiteral("_ab")));
+    PHYSICAL_PATH const target(suffixed_working_path(source.physical, QStringLiteral("_ab")));
     auto plain = std::make_unique<ACTION_DDS_N>(source.physical, processor_);
     auto alpha_blend = std::make_unique<ACTION_DDS_N>(
         source.physical, processor_, target, text_of("ExtraAlphaBlendTextureCompressor"),
@@ -236,20 +237,8 @@ void ACTION_DISPATCH::take_over_faction_masks() {
 }
 
 void ACTION_DISPATCH::add_conversion(CONVERSION action, SOURCE const& source) {
-    if (!action)
-        return;
-    RULE const& rule = source.active_rule;
-    if (rule.value(QStringLiteral("TargetPath")).isNull()) {
-        action->set_error(QStringLiteral("No target path has been specified in the rule!"));
-    } else {
-        QString const folder = PATHS::relative_target_path_from_rule_path(rule, QStringLiteral("TargetPath"),
-                                                                          source.logical, source.physical);
-        action->set_target_path(PHYSICAL_PATH(source.working_directory + QLatin1Char('/') + folder));
-    }
-    QVariant const& base_name = rule.value(QStringLiteral("TargetBaseName"));
-    if (!base_name.isNull())
-        action->set_target_base_name(base_name.toString());
-    result_.push_back(std::move(action));
+    apply_target_rule(std::move(action), source.active_rule, result_, source.working_directory, source.logical,
+                      source.physical);
 }
 
 template <typename NEWER, typename OLDER, typename... ARGUMENTS>

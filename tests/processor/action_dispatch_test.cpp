@@ -1,5 +1,9 @@
 // Which actions a file table gets. Every action is written as one text, "name -> target", with " < sources" where the
 // name does not say the one source, so that a whole pass compares as a list; errors are written "name ! message".
+#include "atlas/action_atlas.hpp"
+#include "combine/action_channel_combine.hpp"
+#include "combine/action_gloss_map.hpp"
+#include "dds/action_dds_n.hpp"
 #include "processor/action_dispatch.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
@@ -10,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -269,10 +274,32 @@ TEST(action_dispatch, the_old_rule_may_forbid_dxt1) {
     }
 }
 
+#if defined(__GXX_ABI_VERSION) && defined(__x86_64__)
+/// The slot that the next virtual operation would take. The destructor takes two here.
+template <typename ACTION>
+std::size_t next_slot() {
+    struct PROBE : ACTION {
+        using ACTION::ACTION;
+        virtual void next() {}
+    };
+    auto const operation = &PROBE::next;
+    std::size_t value = 0;
+    std::memcpy(&value, &operation, sizeof value);
+    return (value - 1) / sizeof(void*) - 1;
+}
+
+TEST(action_dispatch, actions_add_nothing_to_the_table_of_the_contract) {
+    std::size_t const next[] = {next_slot<ACTION_CONVERT>(), next_slot<ACTION_DDS_N>(), next_slot<ACTION_GLOSS_MAP>(),
+                                next_slot<ACTION_CHANNEL_COMBINE>(), next_slot<ACTION_ATLAS>()};
+    for (std::size_t const slot : next)
+        EXPECT_EQ(slot, 15u);
+}
+#endif
+
 TEST(suffixed_working_path, keeps_place_and_extension) {
     PATHS::set_roots(PHYSICAL_PATH(QStringLiteral("/raw")), PHYSICAL_PATH(QStringLiteral("/out")));
-    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/raw/d/a.b.tga")), "/w", "_ab"), "/w/d/a.b_ab.tga");
-    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/out/a.dds")), "/w", "_ab"), "/w/a_ab.dds");
+    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/raw/d/a.b.tga")), "_ab"), "/out/d/a.b_ab.tga");
+    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/out/a.dds")), "_ab"), "/out/a_ab.dds");
 }
 
 }  // namespace
