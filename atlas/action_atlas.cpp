@@ -293,7 +293,3 @@ PHYSICAL_PATH ACTION_ATLAS::page_path(int index, char const* extension) const {
 PHYSICAL_PATH ACTION_ATLAS::index_path() const {
     return PHYSICAL_PATH(base_.text() + QLatin1String(".tai"));
 }
-
-void ACTION_ATLAS::add_output_line(QString line) {
-    ACTION_INTERFACE::add_output_line(line);
-}

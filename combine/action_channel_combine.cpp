@@ -194,7 +194,3 @@ bool ACTION_CHANNEL_COMBINE::combine_to(PHYSICAL_PATH const& target, FILE_MAP co
         combination.fail(QStringLiteral("Failed to save: ") + target);
     return !combination.failed();
 }
-
-void ACTION_CHANNEL_COMBINE::add_output_line(QString line) {
-    ACTION_INTERFACE::add_output_line(line);
-}

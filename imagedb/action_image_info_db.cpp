@@ -119,6 +119,10 @@ bool ACTION_IMAGE_INFO_DB::belongs_here(LOGICAL_PATH const& path, RULE_CACHE con
 }
 
 ACTION_INTERFACE::STATUS ACTION_IMAGE_INFO_DB::run(FILE_MAP const& files, RULE_CACHE const& rules) {
+    if (!error().isEmpty()) {
+        add_output_line(error());
+        return STATUS_FAILED;
+    }
     try {
         try {
             record(files, rules);

@@ -9,6 +9,7 @@
 
 #include <exception>
 #include <new>
+#include <set>
 
 namespace {
 
@@ -58,6 +59,10 @@ void ACTION_TEXTURE_ARRAY::get_affected_files(QVector<LOGICAL_PATH>& sources, QV
 }
 
 ACTION_INTERFACE::STATUS ACTION_TEXTURE_ARRAY::run(FILE_MAP const& files, RULE_CACHE const& rules) {
+    if (!error().isEmpty()) {
+        add_output_line(error());
+        return STATUS_FAILED;
+    }
     try {
         // Asked once more where the host notes questions, so that another answer makes the action run again.
         static_cast<void>(has_legacy_fragment(files));
@@ -93,10 +98,12 @@ ACTION_INTERFACE::STATUS ACTION_TEXTURE_ARRAY::write_fragment(FILE_MAP const& fi
     }
     QBuffer lines(&text);
     lines.open(QIODevice::ReadOnly);
+    std::set<QString> ids;
     for (QString const& texture : read_texture_names(lines)) {
         LOGICAL_PATH const dependency(QStringLiteral("<working>/") + texture + QStringLiteral(".dds"));
         QString const id = asset_fragment_id(dependency, rules);
-        if (!id.isEmpty())
+        // Two names may be two spellings of one texture.
+        if (!id.isEmpty() && ids.insert(id).second)
             builder.add_dependency(name, id, QStringLiteral("all"), QString());
     }
     if (!add_to_asset_graph_and_save(builder, files, rules))

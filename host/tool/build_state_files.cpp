@@ -5,8 +5,6 @@
 
 #include "processor/host/paths.hpp"
 
-#include <QDir>
-
 #include <algorithm>
 
 namespace tool {
@@ -37,7 +35,7 @@ bool BUILD_STATE::is_registered_by_another(PLANNED_ACTION const& planned, QStrin
         for (std::size_t row = 0; row < rows_.size(); ++row)
             registers(row, nullptr);
     }
-    QString const path = PATHS::logical_path(PHYSICAL_PATH(QDir::cleanPath(file)));
+    QString const path = PATHS::logical_path(PHYSICAL_PATH(file));
     std::optional<std::size_t> const own = claims_[planned.action].row;
     QList<std::size_t> const rows = registered_->values(path);
     // What a row says may have changed since the table was made.

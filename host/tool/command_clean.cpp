@@ -92,7 +92,7 @@ private:
     // The only files of the raw folder that a build makes. Those of arrays that are gone have no action to tell of
     // them; the state knows them.
     static bool is_array_fragment(LOGICAL_PATH const& path) {
-        return path.text().startsWith(QLatin1String("<raw>/")) && QDir::cleanPath(path) == path.text() &&
+        return path.text().startsWith(QLatin1String("<raw>/")) &&
                path.text().endsWith(QLatin1String(".texture_array.agf"));
     }
 

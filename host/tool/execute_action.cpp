@@ -174,7 +174,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
                                                           !stamp_of(target.physical_path).exists());
         return result;
     }
-    // An action with an error never touched its targets, and its announced ones may be another's.
+    // One in error never touched anything.
     if (planned.state == PLANNED_ACTION::STATE::run) {
         take_back_targets(planned, result.record.registered);
         for (LOGICAL_PATH const& source : planned.sources) {

@@ -53,10 +53,7 @@ private:
             planned.action = action;
             planned.is_last_step = are_last_step;
             planned.name = framework::printable(action->get_name(true));
-            QDateTime newest;
-            action->get_affected_files(planned.sources, planned.targets, newest, session_.files(), session_.rules());
-            if (are_last_step)
-                add_unlisted_sources(planned, session_);
+            ask_for_files(planned, session_);
             if (!action->error().isEmpty()) {
                 planned.state = PLANNED_ACTION::STATE::error;
                 planned.error = action->error();
@@ -248,10 +245,26 @@ private:
 
 }  // namespace
 
+void ask_for_files(PLANNED_ACTION& planned, BUILD_SESSION& session) {
+    planned.sources.clear();
+    planned.targets.clear();
+    QDateTime newest;
+    planned.action->get_affected_files(planned.sources, planned.targets, newest, session.files(), session.rules());
+    for (LOGICAL_PATH const& source : planned.action->unlisted_sources())
+        if (session.files().contains(source))
+            planned.sources.append(source);
+    if (planned.is_last_step)
+        add_unlisted_sources(planned, session);
+    if (!planned.action->error().isEmpty())
+        planned.targets.clear();
+}
+
 bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE const& target) {
     if (!target.logical_path.text().endsWith(QLatin1String(".agf")))
         return false;
     return std::any_of(planned.sources.begin(), planned.sources.end(), [&](LOGICAL_PATH const& source) {
+        if (!source.text().endsWith(QLatin1String(".texture_array")))
+            return false;
         int const folder = source.text().lastIndexOf(u'/') + 1;
         QString const stem = source.section(u'.', 0, -2) + u'.';
         return target.logical_path.text().startsWith(stem) &&
