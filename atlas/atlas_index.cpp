@@ -5,6 +5,7 @@
 
 #include <array>
 #include <charconv>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -139,12 +140,15 @@ std::string atlas_index_text(std::map<D3D_FORMAT, ATLAS_GROUP> const& groups, st
 
 bool write_atlas_index(OUTPUT_LINE_SINK& sink, QString const& path, std::string const& text) {
     std::string cause;
-    if (!QE::replace_file(native_file_path(path), {reinterpret_cast<std::uint8_t const*>(text.data()), text.size()},
-                          cause)) {
+    // A new file beside it is opened in its stead: what stands there is replaced only when all is written.
+    std::optional<QE::OUTPUT_FILE> file = QE::OUTPUT_FILE::open(native_file_path(path), cause);
+    if (file)
+        sink.add_output_line(QStringLiteral("Saving file: ") + path);
+    if (!file || !file->write({reinterpret_cast<std::uint8_t const*>(text.data()), text.size()}, cause) ||
+        !file->commit(cause)) {
         sink.add_output_line(QStringLiteral("*** Error: Unable to open file \"") + path +
                              QStringLiteral("\" for writing!"));
         return false;
     }
-    sink.add_output_line(QStringLiteral("Saving file: ") + path);
     return true;
 }

@@ -106,10 +106,15 @@ QStringList BUILD_SESSION::plugin_libraries() const {
 
 EXIT_CODE BUILD_SESSION::load_plugin() {
     QString error;
-    if (plugin_.load(plugin_file(), error))
-        return EXIT_CODE::success;
-    console_.error(framework::printable(error));
-    return EXIT_CODE::environment;
+    if (!plugin_.load(plugin_file(), error)) {
+        console_.error(framework::printable(error));
+        return EXIT_CODE::environment;
+    }
+    QByteArray const simd = qgetenv("ZAB_SIMD");
+    if (!simd.isEmpty() && plugin_.limit_simd() && !plugin_.limit_simd()(simd))
+        console_.warning(QStringLiteral("ZAB_SIMD is \"%1\"; it takes scalar, sse4, avx2 or avx512")
+                             .arg(framework::printable(QString::fromLocal8Bit(simd))));
+    return EXIT_CODE::success;
 }
 
 EXIT_CODE BUILD_SESSION::create_actions() {
@@ -179,7 +184,7 @@ std::optional<QString> BUILD_SESSION::project_path(std::string const& given) con
     };
     QString const path = argument(given);
     if (path.startsWith(QLatin1String("<raw>")) || path.startsWith(QLatin1String("<working>")))
-        return path;
+        return LOGICAL_PATH(path).text();
     QString const absolute = framework::absolute_path(path);
     if (std::optional<QString> const direct = logical(absolute))
         return direct;

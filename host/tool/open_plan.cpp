@@ -1,6 +1,7 @@
 #include "host/tool/open_plan.hpp"
 
 #include "host/framework/printable.hpp"
+#include "host/tool/atlas_pages.hpp"
 #include "host/tool/build_journal.hpp"
 #include "processor/host/paths.hpp"
 
@@ -91,6 +92,13 @@ EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::stri
         return EXIT_CODE::wrong_use;
     opened.state = std::make_unique<BUILD_STATE>(opened.session, context.console);
     opened.state->open(*opened.plan);
+    for (PLANNED_ACTION& planned : opened.plan->actions) {
+        if (QString const refusal = take_out_foreign_pages(planned, *opened.state); !refusal.isEmpty()) {
+            planned.state = PLANNED_ACTION::STATE::error;
+            planned.error = refusal;
+            planned.refused = true;
+        }
+    }
     if (!wanted.empty()) {
         restrict_plan(*opened.plan, wanted);
         if (opened.plan->actions.empty())

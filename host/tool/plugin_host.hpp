@@ -4,6 +4,7 @@
 #include "processor/host/image_database_entry.hpp"
 #include "processor/host/output_root_entry.hpp"
 #include "processor/host/processor_interface.hpp"
+#include "processor/host/simd_entry.hpp"
 
 #include <QPluginLoader>
 
@@ -26,6 +27,9 @@ public:
     /// Keeps the plug-in's outputs in a folder; null when it cannot.
     SET_OUTPUT_ROOT* set_output_root() const { return set_output_root_; }
 
+    /// Keeps the encoders from newer instruction sets; null when the plug-in has none to keep.
+    LIMIT_SIMD* limit_simd() const { return limit_simd_; }
+
     /// The plug-in that comes with this program: "../lib/zab/ZAB_Texture.so" beside its folder.
     static QString default_path();
 
@@ -34,6 +38,7 @@ private:
     std::vector<std::unique_ptr<PROCESSOR_INTERFACE>> processors_;
     CREATE_IMAGE_DATABASE_ACTION* image_database_ = nullptr;
     SET_OUTPUT_ROOT* set_output_root_ = nullptr;
+    LIMIT_SIMD* limit_simd_ = nullptr;
 };
 
 }  // namespace tool

@@ -107,6 +107,8 @@ public:
     QString const& error() const { return error_; }
     QStringList const& output_lines() const { return lines_; }
     QVector<DEPENDENCY> const& dependencies() const { return dependencies_; }
+    /// Files that the action reads if they are there, and that its list of sources does not name.
+    QVector<LOGICAL_PATH> const& unlisted_sources() const { return unlisted_sources_; }
     QVector<REGISTERED_FILE> const& registered_files() const { return registered_; }
     /// Whether version control refused a file; a line of the action says which and why. Such an action has failed.
     bool version_control_failed() const { return version_control_failed_; }
@@ -117,7 +119,8 @@ public:
     /// Files that the action will make for itself and take away again, in places where they are no target of anybody's.
     /// It takes away whatever stands there before, so that a host has to look first.
     QVector<PHYSICAL_PATH> const& working_files() const { return working_files_; }
-    /// Called with the path of every file that the action is going to write besides its announced targets.
+    /// Called with the path of every file that the action is going to write besides its announced targets; throws
+    /// WORKING_FILE_REFUSAL for one that it must not write.
     void set_working_file_listener(std::function<void(PHYSICAL_PATH const&)> listener) {
         working_file_listener_ = std::move(listener);
     }
@@ -129,6 +132,7 @@ protected:
     void announce_working_file(PHYSICAL_PATH const& file);
     /// Tells the host so before the action runs.
     void need_working_file(PHYSICAL_PATH const& file) { working_files_.append(file); }
+    void add_unlisted_source(LOGICAL_PATH const& source) { unlisted_sources_.append(source); }
     bool is_aborted() const { return aborted_; }
     void set_progress_value(int progress) { progress_ = progress; }
 
@@ -142,6 +146,7 @@ private:
     QString error_;
     QStringList lines_;
     QVector<DEPENDENCY> dependencies_;
+    QVector<LOGICAL_PATH> unlisted_sources_;
     QVector<REGISTERED_FILE> registered_;
     QVector<PHYSICAL_PATH> working_files_;
     std::function<void(QString const&)> listener_;

@@ -48,8 +48,7 @@ class EveryWriter(ProjectTest):
         for path in (*self.folder.glob("working_data/**/*"), *self.folder.glob(".zab/*"), *self.folder.glob("raw_data/*.agf")):
             self.assertEqual(path.stat().st_mode & 0o777, 0o750 if path.is_dir() else 0o640, path)
 
-        names = (*made, "working_data/icons/page0.tga")
-        places = [*names, *(self.written_in(name) + ".part" for name in names)]
+        places = [*made, *(self.written_in(name) + ".part" for name in (*made, "working_data/icons/page0.tga"))]
         for kind in ("symlink", "dangling", "hard link"):
             for number, place in enumerate(places):
                 victim = self.outside / f"{kind} {number}"
