@@ -8,7 +8,7 @@
 namespace fuzz {
 
 std::string grown_text(std::uint8_t const* bytes, std::size_t size) {
-    constexpr std::size_t largest = 128 << 10;
+    constexpr std::size_t largest = 512 << 10;
     std::string_view const given(reinterpret_cast<char const*>(bytes), size);
     std::string text;
     bool repeats = false;
