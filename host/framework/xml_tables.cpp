@@ -94,18 +94,19 @@ void skip_element(QXmlStreamReader& xml) {
 
 QHash<QString, QString> columns_of(QXmlStreamReader const& xml) {
     QHash<QString, QString> columns;
-    for (QXmlStreamAttribute const& attribute : xml.attributes())
-        if (!attribute.qualifiedName().startsWith(QLatin1String("xmlns")))
-            columns.insert(local_name(attribute.qualifiedName()).toCaseFolded(), attribute.value().toString());
+    for (QXmlStreamAttribute const& attribute : xml.attributes()) {
+        QStringRef const name = attribute.qualifiedName();
+        if (name != QLatin1String("xmlns") && !name.startsWith(QLatin1String("xmlns:")))
+            columns.insert(local_name(name).toCaseFolded(), attribute.value().toString());
+    }
     return columns;
 }
 
 /// `rows` by their case-folded keys; what is wrong is the reader's error.
 void read_rows(QXmlStreamReader& xml, QStringList& keys, QHash<QString, QHash<QString, QString>>& rows) {
-    if (!xml.readNextStartElement())
-        return;
-    if (local_name(xml.qualifiedName()) != QLatin1String("table")) {
-        xml.raiseError(QStringLiteral("the root element is not 'table'"));
+    if (!xml.readNextStartElement() || local_name(xml.qualifiedName()) != QLatin1String("table")) {
+        if (!xml.hasError())
+            xml.raiseError(QStringLiteral("the root element is not 'table'"));
         return;
     }
     QString const given_key = xml.attributes().value(QLatin1String("key")).toString();
