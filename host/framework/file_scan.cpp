@@ -85,6 +85,14 @@ private:
             return;
         QString const name = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));
         QString const path = below.isEmpty() ? name : below + u'/' + name;
+        path_characters_ += path.size();
+        if (path_characters_ > most_path_characters) {
+            if (path_characters_ - path.size() <= most_path_characters)
+                add(DIAGNOSTIC::SEVERITY::error, root_,
+                    QStringLiteral("holds more than can be taken in: the paths in it have more than %1 characters")
+                        .arg(most_path_characters));
+            return;
+        }
         if (name.toUtf8() != QByteArray::fromRawData(bytes.data(), static_cast<int>(bytes.size()))) {
             warn(path, QStringLiteral("the name is not valid UTF-8; left out"));
             return;
@@ -150,11 +158,16 @@ private:
         real_folders_.pop_back();
     }
 
+    /// A thousand links into a thousand folders that lie in one another show a million paths.
+    static constexpr qint64 most_path_characters = 128 << 20;
+
     QString root_;
     bool collects_rules_;
     SCANNED_FILES& files_;
     DIAGNOSTICS& diagnostics_;
     std::vector<QString> found_;
+    /// Of all files and folders that were met.
+    qint64 path_characters_ = 0;
     /// The real path of the folder being walked, and below it those of the folders that links were followed from.
     std::vector<std::string> real_folders_;
     /// Real folders that were reached through a link, with the link's path.
