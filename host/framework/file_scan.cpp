@@ -2,6 +2,8 @@
 // so that a million files cost no million questions, and it says why a folder cannot be read.
 #include "host/framework/file_scan.hpp"
 
+#include "host/framework/native_path.hpp"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -41,7 +43,7 @@ public:
     /// The files' paths relative to the root, sorted.
     std::vector<QString> walk() {
         std::error_code failure;
-        fs::path const root = fs::u8path(root_.toUtf8().toStdString());
+        fs::path const root = native_path(root_);
         fs::path const real = fs::canonical(root, failure);
         if (failure) {
             add(DIAGNOSTIC::SEVERITY::error, root_, QStringLiteral("cannot be read: ") + text(failure));
