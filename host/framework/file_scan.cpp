@@ -161,7 +161,7 @@ private:
     }
 
     /// A thousand links into a thousand folders that lie in one another show a million paths.
-    static constexpr qint64 most_path_characters = 128 << 20;
+    static constexpr qint64 most_path_characters = 512 << 20;
 
     QString root_;
     bool collects_rules_;
