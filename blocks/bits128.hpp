@@ -29,18 +29,15 @@ private:
     std::uint64_t high_ = 0;
 };
 
-/// Puts fields into a block in storage order. Bits of `value` above `count` must be zero.
+/// Puts fields into a block in storage order, 128 bits in all: each field moves those before it on towards their
+/// places. No field is longer than 32 bits, and bits of `value` above `count` must be zero.
 class BIT_WRITER {
 public:
     void put(std::uint32_t value, std::uint32_t count) {
-        if (position_ < 64) {
-            low_ |= std::uint64_t{value} << position_;
-            if (position_ + count > 64)
-                high_ |= std::uint64_t{value} >> (64 - position_);
-        } else if (position_ < 128) {
-            high_ |= std::uint64_t{value} << (position_ - 64);
-        }
-        position_ += count;
+        if (count == 0)
+            return;
+        low_ = (low_ >> count) | (high_ << (64 - count));
+        high_ = (high_ >> count) | (std::uint64_t{value} << (64 - count));
     }
 
     void store(std::uint8_t* block) const {
@@ -53,7 +50,6 @@ public:
 private:
     std::uint64_t low_ = 0;
     std::uint64_t high_ = 0;
-    std::uint32_t position_ = 0;
 };
 
 }  // namespace blocks

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size);
 
@@ -21,10 +22,16 @@ inline void require(bool kept, char const* promise) {
     }
 }
 
+/// A text that may be large, out of few bytes: what stands between two bytes 1 comes as often as 512 KiB take, and a
+/// byte 2 in it is the number of the repetition. So fuzzers come upon what grows with the square of a text's parts.
+std::string grown_text(std::uint8_t const* bytes, std::size_t size);
+
 /// The bytes as a file that has a path and no place on a disk.
 class INPUT_FILE {
 public:
     INPUT_FILE(std::uint8_t const* bytes, std::size_t size);
+    explicit INPUT_FILE(std::string_view text)
+        : INPUT_FILE(reinterpret_cast<std::uint8_t const*>(text.data()), text.size()) {}
     INPUT_FILE(INPUT_FILE const&) = delete;
     INPUT_FILE& operator=(INPUT_FILE const&) = delete;
     ~INPUT_FILE();

@@ -1,12 +1,15 @@
-// Path patterns: the pattern, a line end, the path that it is tried on.
+// Path patterns: the pattern, a line end, the path that it is tried on; both no longer than where they come from takes
+// them.
 #include "host/framework/path_pattern.hpp"
 #include "fuzz/fuzz_input.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size) {
-    QString const text = QString::fromUtf8(reinterpret_cast<char const*>(bytes), static_cast<int>(size));
-    QString const path = text.section(u'\n', 1, 1);
+    constexpr int longest = 4096;
+    QString const text = QString::fromStdString(fuzz::grown_text(bytes, size));
+    QString const path = text.section(u'\n', 1, 1).left(longest);
     QString error;
-    std::optional<framework::PATH_PATTERN> pattern = framework::PATH_PATTERN::parse(text.section(u'\n', 0, 0), error);
+    std::optional<framework::PATH_PATTERN> pattern =
+        framework::PATH_PATTERN::parse(text.section(u'\n', 0, 0).left(longest), error);
     fuzz::require(pattern || !error.isEmpty(), "a refused pattern says why");
     if (!pattern) {
         return 0;

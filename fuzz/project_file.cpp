@@ -3,7 +3,7 @@
 #include "host/framework/project.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size) {
-    fuzz::INPUT_FILE const input(bytes, size);
+    fuzz::INPUT_FILE const input(fuzz::grown_text(bytes, size));
     framework::DIAGNOSTICS diagnostics;
     std::optional<framework::PROJECT> const project =
         framework::load_project(QString::fromStdString(input.path()), diagnostics);

@@ -1,11 +1,30 @@
 // Gives a harness every file of its corpus folder once: with any compiler, and in every test run, what once crashed a
-// reader is tried again.
+// reader is tried again, under the same limits as in a fuzzer.
 #include "fuzz/fuzz_input.hpp"
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <vector>
+
+#include <sys/resource.h>
+#include <sys/time.h>
+
+namespace {
+
+/// Of this program's own work, so that a busy machine does not count. The signal ends it.
+void start_second() {
+    itimerval const second = {{}, {1, 0}};
+    fuzz::require(setitimer(ITIMER_PROF, &second, nullptr) == 0, "the time can be limited");
+}
+
+void check_memory() {
+    constexpr long most_kib = 2 << 20;
+    rusage used = {};
+    fuzz::require(getrusage(RUSAGE_SELF, &used) == 0 && used.ru_maxrss < most_kib, "2 GiB are enough");
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     fuzz::require(argc == 2, "the corpus folder is the only argument");
@@ -19,7 +38,9 @@ int main(int argc, char** argv) {
         // Printed first: after a crash it is the last line.
         std::printf("%s\n", entry.path().c_str());
         std::fflush(stdout);
+        start_second();
         LLVMFuzzerTestOneInput(reinterpret_cast<std::uint8_t const*>(bytes.data()), bytes.size());
+        check_memory();
         ++count;
     }
     fuzz::require(count > 0, "the corpus holds something");

@@ -3,7 +3,7 @@
 #include "host/framework/project_rule_cache.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size) {
-    fuzz::INPUT_FILE const input(bytes, size);
+    fuzz::INPUT_FILE const input(fuzz::grown_text(bytes, size));
     framework::DIAGNOSTICS diagnostics;
     framework::RULE_FILE file =
         framework::read_rule_file(QString::fromStdString(input.path()), QStringLiteral("walls"), diagnostics);

@@ -47,7 +47,7 @@ void check_wrapping(VECTOR_FIELD const& field) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size) {
-    std::span<char const> const text(reinterpret_cast<char const*>(bytes), size);
+    std::string const text = fuzz::grown_text(bytes, size);
     QStringList const numbers = plain_numbers(text);
     fuzz::require(count_numbers(text) == static_cast<std::uint64_t>(numbers.size()),
                   "there is a number wherever something stands between commas");

@@ -3,7 +3,7 @@
 #include "host/framework/xml_tables.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size) {
-    fuzz::INPUT_FILE const input(bytes, size);
+    fuzz::INPUT_FILE const input(fuzz::grown_text(bytes, size));
     QString const table = QStringLiteral("table");
     QString error;
     framework::XML_TABLES tables;

@@ -10,7 +10,8 @@ import zipfile
 from dataclasses import dataclass
 from pathlib import Path
 
-CACHE = Path(os.environ.get("XDG_CACHE_HOME", Path.home() / ".cache")) / "zab-bench"
+# A user without a home has "~" expanded to itself.
+CACHE = Path(os.environ.get("XDG_CACHE_HOME") or os.path.expanduser("~/.cache")) / "zab-bench"
 
 
 @dataclass(frozen=True)

@@ -3,6 +3,7 @@
 #include "host/framework/diagnostic.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 #include <numeric>
 
 namespace framework {
@@ -16,9 +17,20 @@ QString format(DIAGNOSTIC const& diagnostic, QString const& shown_path) {
     return text + diagnostic.text;
 }
 
-bool has_errors(DIAGNOSTICS const& diagnostics) {
-    return std::any_of(diagnostics.begin(), diagnostics.end(),
-                       [](DIAGNOSTIC const& diagnostic) { return diagnostic.severity == DIAGNOSTIC::SEVERITY::error; });
+void DIAGNOSTICS::push_back(DIAGNOSTIC diagnostic) {
+    DIAGNOSTIC::SEVERITY const severity = diagnostic.severity;
+    if (!is_full(severity))
+        kept_.push_back(std::move(diagnostic));
+    ++counts_[static_cast<std::size_t>(severity)];
+}
+
+void DIAGNOSTICS::append(DIAGNOSTICS const& others) {
+    std::array<std::size_t, 2> sums = counts_;
+    for (std::size_t i = 0; i < sums.size(); ++i)
+        sums[i] += others.counts_[i];
+    for (DIAGNOSTIC const& diagnostic : others)
+        push_back(diagnostic);
+    counts_ = sums;
 }
 
 namespace {
@@ -52,6 +64,9 @@ QString nearest_name(QString const& word, std::vector<QString> const& candidates
     std::size_t best = static_cast<std::size_t>(std::max(1, word.size() / 3)) + 1;
     QString nearest;
     for (QString const& candidate : candidates) {
+        // Every letter too many is a change of its own: only words of about one length are worth the table.
+        if (static_cast<std::size_t>(std::abs(candidate.size() - word.size())) >= best)
+            continue;
         std::size_t const distance = edit_distance(folded, candidate.toCaseFolded());
         if (distance < best) {
             best = distance;

@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <array>
+#include <cstddef>
 #include <vector>
 
 namespace framework {
@@ -22,7 +24,28 @@ struct DIAGNOSTIC {
     QString text;
 };
 
-using DIAGNOSTICS = std::vector<DIAGNOSTIC>;
+/// The first messages of each severity, in the order in which they were found, and a count of the others: a file of
+/// nothing but mistakes has millions of them, and nobody reads beyond the first screens.
+class ZAB_SHARED_API DIAGNOSTICS {
+public:
+    /// How many of one severity are kept.
+    static constexpr std::size_t most_kept = 100;
+
+    void push_back(DIAGNOSTIC diagnostic);
+    void append(DIAGNOSTICS const& others);
+
+    /// Whether another message of this severity would only be counted, so that its text need not be made.
+    bool is_full(DIAGNOSTIC::SEVERITY severity) const { return count(severity) >= most_kept; }
+    /// How many were found, kept or not.
+    std::size_t count(DIAGNOSTIC::SEVERITY severity) const { return counts_[static_cast<std::size_t>(severity)]; }
+
+    std::vector<DIAGNOSTIC>::const_iterator begin() const { return kept_.begin(); }
+    std::vector<DIAGNOSTIC>::const_iterator end() const { return kept_.end(); }
+
+private:
+    std::vector<DIAGNOSTIC> kept_;
+    std::array<std::size_t, 2> counts_ = {};
+};
 
 /// "path:line:column: error: text", the form that editors jump from. `shown_path` stands for the path.
 ZAB_SHARED_API QString format(DIAGNOSTIC const& diagnostic, QString const& shown_path);
@@ -30,7 +53,9 @@ inline QString format(DIAGNOSTIC const& diagnostic) {
     return format(diagnostic, diagnostic.path);
 }
 
-ZAB_SHARED_API bool has_errors(DIAGNOSTICS const& diagnostics);
+inline bool has_errors(DIAGNOSTICS const& diagnostics) {
+    return diagnostics.count(DIAGNOSTIC::SEVERITY::error) > 0;
+}
 
 /// The candidate that a person most likely meant by `word`: the one the fewest single-letter changes away (case does
 /// not count), the first of equals. Empty when none is near enough to be a slip of the fingers.

@@ -2,6 +2,8 @@
 // so that a million files cost no million questions, and it says why a folder cannot be read.
 #include "host/framework/file_scan.hpp"
 
+#include "host/framework/native_path.hpp"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -41,7 +43,7 @@ public:
     /// The files' paths relative to the root, sorted.
     std::vector<QString> walk() {
         std::error_code failure;
-        fs::path const root = fs::u8path(root_.toUtf8().toStdString());
+        fs::path const root = native_path(root_);
         fs::path const real = fs::canonical(root, failure);
         if (failure) {
             add(DIAGNOSTIC::SEVERITY::error, root_, QStringLiteral("cannot be read: ") + text(failure));
@@ -85,6 +87,14 @@ private:
             return;
         QString const name = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));
         QString const path = below.isEmpty() ? name : below + u'/' + name;
+        path_characters_ += path.size();
+        if (path_characters_ > most_path_characters) {
+            if (path_characters_ - path.size() <= most_path_characters)
+                add(DIAGNOSTIC::SEVERITY::error, root_,
+                    QStringLiteral("holds more than can be taken in: the paths in it have more than %1 characters")
+                        .arg(most_path_characters));
+            return;
+        }
         if (name.toUtf8() != QByteArray::fromRawData(bytes.data(), static_cast<int>(bytes.size()))) {
             warn(path, QStringLiteral("the name is not valid UTF-8; left out"));
             return;
@@ -150,11 +160,16 @@ private:
         real_folders_.pop_back();
     }
 
+    /// A thousand links into a thousand folders that lie in one another show a million paths.
+    static constexpr qint64 most_path_characters = 512 << 20;
+
     QString root_;
     bool collects_rules_;
     SCANNED_FILES& files_;
     DIAGNOSTICS& diagnostics_;
     std::vector<QString> found_;
+    /// Of all files and folders that were met.
+    qint64 path_characters_ = 0;
     /// The real path of the folder being walked, and below it those of the folders that links were followed from.
     std::vector<std::string> real_folders_;
     /// Real folders that were reached through a link, with the link's path.

@@ -159,7 +159,7 @@ std::optional<PROJECT> load_project(QString const& file, DIAGNOSTICS& diagnostic
         PROJECT_READER(project, reporter).read(*document);
     }
     bool const sound = !has_errors(found);
-    diagnostics.insert(diagnostics.end(), found.begin(), found.end());
+    diagnostics.append(found);
     return sound ? std::optional(std::move(project)) : std::nullopt;
 }
 

@@ -32,17 +32,40 @@ struct SCOPED_TABLE {
     std::size_t depth;
 };
 
-// The tables of one name that can apply in one scope, and the rules already put together from them.
+// The tables of one name that can apply in one scope, and the rules already put together from them. Those of the
+// folders above stay where they are: thousands of rule files below thousands of tables would copy them millions of
+// times.
 struct LAYERS {
+    LAYERS const* above = nullptr;
     std::vector<SCOPED_TABLE> tables;
+    // These two with all that stands above.
+    std::size_t count = 0;
     bool has_patterns = false;
     // Which tables match (one bit for each) to the rule that they make.
     std::map<std::vector<bool>, std::shared_ptr<RULE_VALUES const>> resolved;
 };
 
 struct SCOPE {
+    SCOPE* above = nullptr;
+    // Of the names that the folder's own file has tables of.
     std::unordered_map<QString, LAYERS, TEXT_HASH, TEXT_EQUAL> layers;
+
+    LAYERS* find(QString const& rule_name) {
+        for (SCOPE* scope = this; scope; scope = scope->above)
+            if (auto const found = scope->layers.find(rule_name); found != scope->layers.end())
+                return &found->second;
+        return nullptr;
+    }
 };
+
+// All of them, the undermost first.
+std::vector<SCOPED_TABLE> all_tables(LAYERS const& layers) {
+    std::vector<SCOPED_TABLE> tables;
+    for (LAYERS const* at = &layers; at; at = at->above)
+        tables.insert(tables.end(), at->tables.rbegin(), at->tables.rend());
+    std::reverse(tables.begin(), tables.end());
+    return tables;
+}
 
 // Where the last section of the path begins to be separate: the folder's length.
 QStringView folder_of(QStringView path) {
@@ -53,33 +76,36 @@ QStringView folder_of(QStringView path) {
 }
 
 std::shared_ptr<RULE_VALUES const> resolve(LAYERS const& layers, std::vector<bool> const& matching) {
-    auto values = std::make_shared<RULE_VALUES>();
+    std::vector<SCOPED_TABLE> const tables = all_tables(layers);
+    std::vector<RULE_VALUES::VALUE> values;
     bool exists = false;
-    for (std::size_t i = 0; i < layers.tables.size(); ++i) {
+    for (std::size_t i = 0; i < tables.size(); ++i) {
         if (!matching[i])
             continue;
         exists = true;
-        for (RULE_VALUES::VALUE const& value : layers.tables[i].table->values)
-            values->set(value);
+        values.insert(values.end(), tables[i].table->values.begin(), tables[i].table->values.end());
     }
-    return exists ? values : nullptr;
+    return exists ? std::make_shared<RULE_VALUES>(std::move(values)) : nullptr;
 }
 
 // Which tables match the path below the raw root.
 std::vector<bool> match(LAYERS const& layers, QStringView path) {
-    std::vector<bool> matching(layers.tables.size(), true);
+    std::vector<bool> matching(layers.count, true);
     if (!layers.has_patterns)
         return matching;
     std::vector<QStringView> sections;
     split_path(path, sections);
     std::vector<QStringView> below;
-    for (std::size_t i = 0; i < layers.tables.size(); ++i) {
-        SCOPED_TABLE const& scoped = layers.tables[i];
-        if (scoped.table->match.is_empty())
-            continue;
-        below.assign(sections.begin() + static_cast<std::ptrdiff_t>(std::min(scoped.depth, sections.size())),
-                     sections.end());
-        matching[i] = scoped.table->match.matches(below);
+    std::size_t i = layers.count;
+    for (LAYERS const* at = &layers; at; at = at->above) {
+        for (auto scoped = at->tables.rbegin(); scoped != at->tables.rend(); ++scoped) {
+            --i;
+            if (scoped->table->match.is_empty())
+                continue;
+            below.assign(sections.begin() + static_cast<std::ptrdiff_t>(std::min(scoped->depth, sections.size())),
+                         sections.end());
+            matching[i] = scoped->table->match.matches(below);
+        }
     }
     return matching;
 }
@@ -98,10 +124,8 @@ struct PROJECT_RULE_CACHE::STATE {
         QStringView folder = folder_of(path);
         while (true) {
             auto const scope = scopes.find(folder);
-            if (scope != scopes.end()) {
-                auto const found = scope->second.layers.find(rule_name);
-                return found == scope->second.layers.end() ? nullptr : &found->second;
-            }
+            if (scope != scopes.end())
+                return scope->second.find(rule_name);
             // The root itself always is a scope.
             folder = folder_of(folder);
         }
@@ -144,14 +168,21 @@ PROJECT_RULE_CACHE::PROJECT_RULE_CACHE(PROJECT const& project, std::vector<RULE_
             QStringView above = folder_of(file.folder);
             while (!state_->scopes.contains(above))
                 above = folder_of(above);
-            SCOPE inherited = state_->scopes.find(above)->second;
-            scope = state_->scopes.emplace(file.folder, std::move(inherited)).first;
+            SCOPE* const outer = &state_->scopes.find(above)->second;
+            scope = state_->scopes.emplace(file.folder, SCOPE{outer, {}}).first;
         }
         std::vector<QStringView> sections;
         split_path(file.folder, sections);
         for (RULE_TABLE const& table : file.rules) {
+            LAYERS const* const known = scope->second.find(table.name);
             LAYERS& layers = scope->second.layers[table.name];
+            if (known && known != &layers && layers.tables.empty()) {
+                layers.above = known;
+                layers.count = known->count;
+                layers.has_patterns = known->has_patterns;
+            }
             layers.tables.push_back({&table, sections.size()});
+            ++layers.count;
             layers.has_patterns = layers.has_patterns || !table.match.is_empty();
         }
     }
@@ -193,9 +224,10 @@ std::vector<RULE_TABLE const*> PROJECT_RULE_CACHE::matching_tables(LOGICAL_PATH 
     if (!layers)
         return tables;
     std::vector<bool> const matching = match(*layers, below);
+    std::vector<SCOPED_TABLE> const all = all_tables(*layers);
     for (std::size_t i = 0; i < matching.size(); ++i)
         if (matching[i])
-            tables.push_back(layers->tables[i].table);
+            tables.push_back(all[i].table);
     return tables;
 }
 

@@ -23,7 +23,10 @@ RULE_FILE read_rule_file(QString const& path, QString const& folder, DIAGNOSTICS
 namespace {
 
 void check_rule(RULE_TABLE const& rule, QVector<RULE_SCHEMA const*> const& schemas, DIAGNOSTICS& diagnostics) {
-    auto const warn = [&](int line, int column, QString text, QString const& nearest) {
+    auto const warn = [&](int line, int column, QString text, QString const& name,
+                          std::vector<QString> const& candidates) {
+        QString const nearest =
+            diagnostics.is_full(DIAGNOSTIC::SEVERITY::warning) ? QString() : nearest_name(name, candidates);
         if (!nearest.isEmpty())
             text += QStringLiteral("; did you mean \"%1\"?").arg(nearest);
         diagnostics.push_back({DIAGNOSTIC::SEVERITY::warning, rule.file, line, column, text});
@@ -37,8 +40,8 @@ void check_rule(RULE_TABLE const& rule, QVector<RULE_SCHEMA const*> const& schem
             schema = candidate;
     }
     if (!schema) {
-        warn(rule.line, rule.column, QStringLiteral("no schema declares a rule \"%1\"").arg(rule.name),
-             nearest_name(rule.name, names));
+        warn(rule.line, rule.column, QStringLiteral("no schema declares a rule \"%1\"").arg(rule.name), rule.name,
+             names);
         return;
     }
 
@@ -56,7 +59,7 @@ void check_rule(RULE_TABLE const& rule, QVector<RULE_SCHEMA const*> const& schem
         if (!declared)
             warn(value.line, value.column,
                  QStringLiteral("the rule \"%1\" declares no property \"%2\"").arg(rule.name, value.property),
-                 nearest_name(value.property, candidates));
+                 value.property, candidates);
     }
 }
 

@@ -45,7 +45,14 @@ bool read_match(toml::key const& key, toml::node const& node, RULE_TABLE& rule, 
     return sound;
 }
 
+/// A rule's values stand in a sorted row, each put in its place one by one.
+constexpr std::size_t most_properties = 1000;
+
 std::optional<RULE_TABLE> read_rule_table(toml::table const& table, TOML_REPORTER& reporter) {
+    if (table.size() > most_properties) {
+        reporter.error(table.source(), QStringLiteral("a rule of more than %1 properties").arg(most_properties));
+        return std::nullopt;
+    }
     RULE_TABLE rule;
     rule.file = reporter.path();
     bool sound = true;

@@ -16,6 +16,17 @@ bool same_name(QString const& left, QString const& right) {
 
 }  // namespace
 
+RULE_VALUES::RULE_VALUES(std::vector<VALUE> values) {
+    std::stable_sort(values.begin(), values.end(),
+                     [](VALUE const& left, VALUE const& right) { return name_before(left, right.property); });
+    for (VALUE& value : values) {
+        if (!values_.empty() && same_name(values_.back().property, value.property))
+            values_.back() = std::move(value);
+        else
+            values_.push_back(std::move(value));
+    }
+}
+
 QVariant const& RULE_VALUES::value(QString const& property) const {
     static QVariant const unset;
     VALUE const* const found = find(property);

@@ -22,6 +22,10 @@ public:
         int column = 0;
     };
 
+    RULE_VALUES() = default;
+    /// Of several values of one property the last one holds.
+    explicit RULE_VALUES(std::vector<VALUE> values);
+
     /// The value of the property, found without regard to case; an invalid variant when it is not set. The reference
     /// lives as long as this object (that to the invalid variant for ever).
     QVariant const& value(QString const& property) const;

@@ -3,10 +3,29 @@
 #include <QFile>
 #include <QProcess>
 
+#include <algorithm>
+
 namespace framework {
+
+namespace {
+
+constexpr int largest_answer = 16 << 20;
+
+}  // namespace
 
 COMMAND_RESULT run_command(QString const& program, QStringList const& arguments, QString const& folder) {
     QProcess process;
+    QByteArray output;
+    QByteArray errors;
+    auto const take = [&process](QByteArray& answer, QByteArray const& more) {
+        answer += more.left(largest_answer - answer.size() + 1);
+        if (answer.size() > largest_answer)
+            process.kill();
+    };
+    QObject::connect(&process, &QProcess::readyReadStandardOutput,
+                     [&] { take(output, process.readAllStandardOutput()); });
+    QObject::connect(&process, &QProcess::readyReadStandardError,
+                     [&] { take(errors, process.readAllStandardError()); });
     process.setWorkingDirectory(folder);
     process.setStandardInputFile(QProcess::nullDevice());
     process.start(program, arguments);
@@ -18,8 +37,13 @@ COMMAND_RESULT run_command(QString const& program, QStringList const& arguments,
     process.waitForFinished(-1);
     result.started = true;
     result.exit_code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    result.output = QString::fromLocal8Bit(process.readAllStandardOutput());
-    result.errors = QString::fromLocal8Bit(process.readAllStandardError());
+    if (std::max(output.size(), errors.size()) > largest_answer) {
+        result.exit_code = -1;
+        output.clear();
+        errors = "its answer is longer than 16 MiB";
+    }
+    result.output = QString::fromLocal8Bit(output);
+    result.errors = QString::fromLocal8Bit(errors);
     return result;
 }
 

@@ -21,6 +21,7 @@ struct ZAB_SHARED_API COMMAND_RESULT {
     QString cause() const;
 };
 
+/// A program that answers with more than 16 MiB is ended, which is its failure.
 ZAB_SHARED_API COMMAND_RESULT run_command(QString const& program, QStringList const& arguments, QString const& folder);
 
 }  // namespace framework

@@ -6,15 +6,67 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <vector>
 
 namespace framework {
 
 namespace {
 
-constexpr qint64 largest_file = 16 << 20;
+constexpr qint64 largest_file = 4 << 20;
+/// Keys, those of a dotted key's tables among them, and elements of lists.
+constexpr std::size_t most_values = 100'000;
+/// In bytes: as long as the longest path.
+constexpr std::size_t longest_text = 4096;
+/// Each one may stand for a whole path.
+constexpr int most_place_holders = 16;
 
 int number(toml::source_index index) {
     return static_cast<int>(index);
+}
+
+struct MISPLACED {
+    toml::source_region place;
+    QString text;
+};
+
+std::optional<QString> beyond_bounds(std::string_view text) {
+    if (text.size() > longest_text)
+        return QStringLiteral("a text of %1 bytes; %2 are the most").arg(text.size()).arg(longest_text);
+    QString const value = to_qstring(text);
+    int const place_holders = value.count(QLatin1String("{dir}")) + value.count(QLatin1String("{name}"));
+    if (place_holders > most_place_holders)
+        return QStringLiteral("a text with %1 place holders; %2 are the most")
+            .arg(place_holders)
+            .arg(most_place_holders);
+    return std::nullopt;
+}
+
+/// Something in the tree that is beyond a bound. Without recursion: nesting is bounded value by value and key by key,
+/// but not as a whole.
+std::optional<MISPLACED> find_beyond_bounds(toml::table const& document) {
+    std::vector<toml::node const*> open = {&document};
+    std::size_t values = 0;
+    while (!open.empty()) {
+        toml::node const& node = *open.back();
+        open.pop_back();
+        if (++values > most_values + 1)
+            return MISPLACED{document.source(),
+                             QStringLiteral("more than %1 keys and elements of lists").arg(most_values)};
+        if (auto const* const text = node.as_string()) {
+            if (std::optional<QString> const error = beyond_bounds(text->get()))
+                return MISPLACED{node.source(), *error};
+        } else if (auto const* const list = node.as_array()) {
+            for (toml::node const& element : *list)
+                open.push_back(&element);
+        } else if (auto const* const table = node.as_table()) {
+            for (auto const& [key, value] : *table) {
+                if (std::optional<QString> const error = beyond_bounds(key.str()))
+                    return MISPLACED{key.source(), *error};
+                open.push_back(&value);
+            }
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -34,7 +86,7 @@ std::optional<toml::table> read_toml(QString const& path, DIAGNOSTICS& diagnosti
     if (!file.open(QIODevice::ReadOnly))
         return fail(QStringLiteral("cannot be read: ") + file.errorString());
     if (file.size() > largest_file)
-        return fail(QStringLiteral("is larger than 16 MiB"));
+        return fail(QStringLiteral("is larger than 4 MiB"));
     QByteArray const bytes = file.read(file.size());
     if (file.error() != QFileDevice::NoError)
         return fail(QStringLiteral("cannot be read: ") + file.errorString());
@@ -47,7 +99,12 @@ std::optional<toml::table> read_toml(QString const& path, DIAGNOSTICS& diagnosti
 
     // The library, as it is built, tells of mistakes by throwing.
     try {
-        return toml::parse(text);
+        toml::table document = toml::parse(text);
+        if (std::optional<MISPLACED> const found = find_beyond_bounds(document)) {
+            TOML_REPORTER(path, diagnostics).error(found->place, found->text);
+            return std::nullopt;
+        }
+        return document;
     } catch (toml::parse_error const& error) {
         diagnostics.push_back({DIAGNOSTIC::SEVERITY::error, path, number(error.source().begin.line),
                                number(error.source().begin.column), to_qstring(error.description())});
@@ -61,7 +118,7 @@ void TOML_REPORTER::add(DIAGNOSTIC::SEVERITY severity, toml::source_region const
 
 void TOML_REPORTER::unknown_key(toml::key const& key, std::vector<QString> const& known) {
     QString const name = to_qstring(key.str());
-    QString const nearest = nearest_name(name, known);
+    QString const nearest = diagnostics_.is_full(DIAGNOSTIC::SEVERITY::warning) ? QString() : nearest_name(name, known);
     warning(key.source(), QStringLiteral("unknown key \"%1\"").arg(name) +
                               (nearest.isEmpty() ? QString() : QStringLiteral("; did you mean \"%1\"?").arg(nearest)));
 }

@@ -14,8 +14,9 @@
 
 namespace framework {
 
-/// The parsed file; nothing when it cannot be read or is not TOML, which a diagnostic then tells. Files of more than
-/// 16 MiB are refused: nobody wrote them by hand.
+/// The parsed file; nothing when it cannot be read, is not TOML or is beyond a bound, which a diagnostic then tells.
+/// The bounds (docs/robustness.md) are far above what people write, and keep all that is done with the parts of a file
+/// short.
 std::optional<toml::table> read_toml(QString const& path, DIAGNOSTICS& diagnostics);
 
 /// Reports about one file.

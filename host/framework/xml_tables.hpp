@@ -30,6 +30,8 @@ private:
         QHash<QString, QHash<QString, QString>> rows;
     };
     QHash<QString, TABLE> tables_;
+    /// Of all files that were loaded.
+    qint64 bytes_ = 0;
 };
 
 }  // namespace framework

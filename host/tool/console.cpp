@@ -4,6 +4,7 @@
 
 #include <QDir>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -70,6 +71,14 @@ void CONSOLE::report(framework::DIAGNOSTICS const& diagnostics) {
             message(paint(is_error ? COLOR::red : COLOR::yellow,
                           framework::printable(framework::format(diagnostic, shown(diagnostic.path)))));
     }
+    auto const left_out = [&](framework::DIAGNOSTIC::SEVERITY severity) {
+        return std::max(diagnostics.count(severity), framework::DIAGNOSTICS::most_kept) -
+               framework::DIAGNOSTICS::most_kept;
+    };
+    if (std::size_t const warnings = left_out(framework::DIAGNOSTIC::SEVERITY::warning))
+        warning(QStringLiteral("%1 more warnings like these").arg(warnings));
+    if (std::size_t const errors = left_out(framework::DIAGNOSTIC::SEVERITY::error))
+        error(QStringLiteral("%1 more errors like these").arg(errors));
 }
 
 QString CONSOLE::paint(COLOR color, QString const& text) const {

@@ -1,5 +1,7 @@
 #include "host/tool/target_guard.hpp"
 
+#include "host/framework/native_path.hpp"
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -23,7 +25,7 @@ QString real_path(QString const& path) {
     auto const sections = [](fs::path const& of) {
         return std::list<fs::path>(of.begin(), of.end());
     };
-    std::list<fs::path> left = sections(fs::u8path(path.toUtf8().toStdString()));
+    std::list<fs::path> left = sections(framework::native_path(path));
     fs::path real = "/";
     int links = 0;
     while (!left.empty()) {

@@ -38,7 +38,7 @@ class PACKAGES(SCRIPT_TEST):
     def setUp(self):
         super().setUp()
         (self.folder / "setup/packages.txt").write_text(
-            "# List\n[build]\nhave-it   # a\n\nlack-it # b\n# More\n[check]  # c\nremoved\n")
+            "# List\n[build]\nhave-it   # a\n\nlack-it # b\nof-another-release@0\n# More\n[check]  # c\nremoved\n")
         self.pretend("id", "echo 0")
         # `removed` left its configuration behind: known to dpkg, yet not there.
         self.pretend("dpkg-query", 'case ${!#} in have-it) echo -n "ii  ";; removed) echo -n "rc  ";; '

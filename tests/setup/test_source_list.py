@@ -1,4 +1,5 @@
 """debian_source_list: which of a machine's archives end up in the private source list, and in what words."""
+import os
 import pathlib
 import shutil
 import subprocess
@@ -123,7 +124,7 @@ class SOURCE_LIST(unittest.TestCase):
         answer = subprocess.run(
             ["apt-get", "update", "--print-uris", "-o", "Dir::Etc::SourceList=/dev/null", "-o",
              f"Dir::Etc::SourceParts={private}", "-o", f"Dir::State::Lists={self.folder}/lists"],
-            capture_output=True, text=True)
+            capture_output=True, text=True, env={**os.environ, "LC_ALL": "C.UTF-8"})
         self.assertEqual(answer.returncode, 0, answer.stderr)
         self.assertEqual(answer.stderr, "")
         addresses = {line.split("'")[1].removesuffix(".xz") for line in answer.stdout.splitlines()}

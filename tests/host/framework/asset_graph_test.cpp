@@ -9,6 +9,8 @@
 #include "tests/support/no_processor.hpp"
 #include "tests/support/test_rules.hpp"
 
+#include <QTextCodec>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -150,6 +152,15 @@ TEST(xml_tables, rows_by_key) {
     EXPECT_EQ(tables.value("t", "NORTH", "pack"), "n");
     EXPECT_EQ(tables.value("t", "b", "pack"), "");
     EXPECT_EQ(tables.value("u", "b", "pack"), "");
+    char const* const codings[] = {"UTF-16", "ISO-8859-1"};
+    for (char const* coding : codings) {
+        QString const text =
+            QStringLiteral("<?xml version=\"1.0\" encoding=\"%1\"?><z:table xmlns:z=\"z\"><row xmlns:name="
+                           "\"no\" z:name=\"\u00e4\"/></z:table>");
+        QByteArray const bytes = QTextCodec::codecForName(coding)->fromUnicode(text.arg(coding));
+        EXPECT_TRUE(tables.load(coding, folder.write("coded.xml", bytes), error)) << error.toStdString();
+        EXPECT_EQ(tables.keys(coding), QStringList("\u00e4"));
+    }
 
     struct {
         QByteArray text;
@@ -161,6 +172,13 @@ TEST(xml_tables, rows_by_key) {
         {"<table>\n<row name='a'/>\n<row name='A'/></table>", "a second row for 'A'"},
         {"<table><line name='a'/></table>", "a table holds rows, not 'line'"},
         {"<table><row name='a'></table>", "mismatch"},
+        {"<?xml version='1.0' encoding='x'?><table/>", "Encoding x is unsupported"},
+        {"<table>\n" + QByteArray(5000, ' ') + "\xff</table>", ":2:5001: error: bytes that are no letter"},
+        {"<!DOCTYPE table><table/>", ":1:1: error: a table has no document type declaration"},
+        {"<table>\n<!-- <a = --><row" + QByteArray(" a='='").repeated(257) + "/></table>",
+         ":2:14: error: an element of more than 256 attributes"},
+        {"<table><row name='a'>" + QByteArray("<a>").repeated(64) + "</row></table>", "more than 64 elements"},
+        {"<table><row name='" + QByteArray(4097, 'a') + "'/></table>", "a key of 4097 characters; 4096 are the most"},
     };
     for (auto const& c : cases) {
         QString const path = folder.write("bad.xml", c.text);
@@ -168,6 +186,10 @@ TEST(xml_tables, rows_by_key) {
         EXPECT_TRUE(error.startsWith(path + ':') && error.contains(c.message)) << error.toStdString();
     }
     EXPECT_FALSE(tables.has_table("bad"));
+    QString const large = folder.write("large.xml", QByteArray("<table/>").leftJustified(16 << 20));
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(tables.load(QString::number(i), large, error), i < 3) << i;
+    EXPECT_EQ(error, large + ": error: is one table too many; all together may have 64 MiB");
 }
 
 TEST(case_insensitive_compare_string, order) {

@@ -79,12 +79,12 @@ TEST(file_scan, tells_of_what_it_cannot_list) {
               "raw/x.tga: warning: a folder with the name of an image; looked into as a folder\n");
 }
 
-// Everyone's eyes but root's, whom permissions do not stop.
+// Everyone's eyes but root's, whom permissions do not stop. Where root cannot become another it stays root.
 class ORDINARY_USER {
 public:
     ORDINARY_USER() : user_(geteuid()) {
         if (user_ == 0 && seteuid(65534) != 0)
-            qFatal("cannot become an ordinary user");
+            qWarning("cannot become an ordinary user");
     }
     ~ORDINARY_USER() {
         if (seteuid(user_) != 0)
@@ -106,11 +106,15 @@ TEST(file_scan, names_roots_and_folders_that_cannot_be_read) {
     closed.write("raw/b.tga");
     auto const all = static_cast<QFileDevice::Permissions>(0x7777);
     QFile::setPermissions(closed.path(), all);
+    QFile::setPermissions(closed.path("raw"), all);
     QFile::setPermissions(closed.path("raw/shut"), QFileDevice::Permissions());
     std::optional<ORDINARY_USER> user(std::in_place);
+    bool const is_ordinary = geteuid() != 0 && euidaccess(QFile::encodeName(closed.path("raw")), R_OK | X_OK) == 0;
     SCAN const scan(closed);
     user.reset();
     QFile::setPermissions(closed.path("raw/shut"), all);
+    if (!is_ordinary)
+        GTEST_SKIP() << "root cannot become an ordinary user who comes to the folder of temporary files";
     EXPECT_EQ(scan.listing(), "<raw>/b.tga");
     EXPECT_EQ(messages(scan.diagnostics, closed), "raw/shut: error: the folder cannot be read: Permission denied\n");
 }

@@ -62,6 +62,7 @@ TEST(version_control, perforce_opens_adds_and_deletes) {
                            "*fstat*known*) echo 'info1: headAction edit' ;;\n"
                            "*fstat*gone*) echo 'info1: headAction move/delete' ;;\n"
                            "*add*locked*) echo 'error: locked by somebody' ;;\n"
+                           "*add*endless*) exec yes ;;\n"
                            "esac\n"
                            "echo 'exit: 0'\n");
     QFile::setPermissions(folder.path("bin/p4"), QFile::ReadOwner | QFile::ExeOwner);
@@ -79,9 +80,11 @@ TEST(version_control, perforce_opens_adds_and_deletes) {
     EXPECT_FALSE(version_control->revert(file("50%")));
     EXPECT_FALSE(version_control->prepare_write(file("not there")));
     auto const failure = version_control->add(file("locked"));
+    auto const endless = version_control->add(file("endless"));
     qputenv("PATH", path);
     ASSERT_TRUE(failure);
     EXPECT_EQ(*failure, "p4: failed to add " + folder.path("locked") + ": locked by somebody");
+    EXPECT_EQ(endless, "p4: failed to add " + folder.path("endless") + ": its answer is longer than 16 MiB");
 
     QFile log(folder.path("log"));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
@@ -91,7 +94,8 @@ TEST(version_control, perforce_opens_adds_and_deletes) {
               "-s revert -k known\n-s fstat known\n-s delete -k known\n"
               "-s revert -k new\n-s fstat new\n"
               "-s revert 50%25\n"
-              "-s fstat locked\n-s add -f locked\n");
+              "-s fstat locked\n-s add -f locked\n"
+              "-s fstat endless\n-s add -f endless\n");
 }
 
 }  // namespace

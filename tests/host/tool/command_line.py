@@ -7,6 +7,7 @@ import shutil
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 import zlib
 
@@ -42,6 +43,33 @@ class ProjectTest(unittest.TestCase):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zab-test-")).resolve()
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.folder.chmod(0o755)
+
+    def ordinary_user(self):
+        """Whom the program runs as where permissions matter; None is the one who runs the tests. That user can read what is
+        written from here on; where he cannot come at all the test is skipped."""
+        self.addCleanup(os.umask, os.umask(0o022))
+        if os.geteuid() != 0:
+            return None
+        try:
+            if (self.zab("rules", user=65534)[0] == 0
+                    and subprocess.run(["test", "-x", self.folder], user=65534).returncode == 0):
+                return 65534
+        except OSError:
+            pass
+        return self.skipTest("the program or the folder of temporary files lies where an ordinary user cannot go")
+
+    def wait_for(self, condition):
+        end = time.monotonic() + 60
+        while not condition():
+            self.assertLess(time.monotonic(), end, "waited for in vain")
+            time.sleep(0.01)
+
+    def started(self, process):
+        """A test that fails half way leaves none running, whose output somebody would wait for."""
+        self.addCleanup(process.wait)
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.kill)
+        return process
 
     def write(self, files):
         """Names (text or bytes) to contents; a name that ends in a slash is a folder."""

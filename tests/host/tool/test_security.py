@@ -166,6 +166,16 @@ class Endless(ProjectTest):
                      'x = """\n\'\n"""\n' + "a . " * 300000 + "a = 1\n"):
             self.refused({"zab.toml": text, "raw_data/": ""}, 2, r"^zab\.toml:\d:1: error: a key of more than 256 parts\n$")
         self.refused({"zab.toml": "x = " + "[" * 300000}, 2, r"^zab\.toml:1:\d+: error: ")
+        rule = '[[rule]]\nname = "Texture"\n'
+        for text, line in (("k" * 4097 + " = 1\n", "1:1: error: a text of 4097 bytes; 4096 are the most"),
+                           (f"{rule}match = '{'a' * 4097}'\n", "3:9: error: a text of 4097 bytes; 4096 are the most"),
+                           (f"{rule}A = '{'{dir}' * 17}'\n", "3:5: error: a text with 17 place holders; 16 are the most"),
+                           (f"{rule}match = [{'1,' * 100000}]\n", "1:1: error: more than 100000 keys and elements of lists"),
+                           (rule + "".join(f"a{i} = 1\n" for i in range(1000)), "1:1: error: a rule of more than 1000 properties")):
+            self.refused({"zab.toml": text}, 2, rf"^zab\.toml:{line}\n$")
+        self.refused({"zab.toml": " " * ((4 << 20) + 1)}, 2, r"^zab\.toml: error: is larger than 4 MiB\n$")
+        self.refused({"zab.toml": "".join(f"a{i} = 1\n" for i in range(103)) + f"{rule}match = [{'1,' * 105}]\n"}, 2,
+                     r"(zab.toml:[^\n]+\n){200}zab: warning: 3 more [^\n]+\nzab: error: 5 more errors like these\n$")
         os.remove(self.folder / "zab.toml")
         os.mkfifo(self.folder / "zab.toml")
         self.refused({}, 2, r"zab\.toml: error: is no regular file\n$")

@@ -313,14 +313,12 @@ class Database(StateTest):
         image = tga(256, 256)
         self.write({"zab.toml": RULE.replace("rgba", "dxt5"), **{f"raw_data/{i:02}.tga": image for i in range(40)}})
         self.plugin = PLUGIN
-        build = subprocess.Popen([os.path.abspath(ZAB), "--plugin", PLUGIN, "build"], cwd=self.folder,
-                                 stderr=subprocess.PIPE)
+        build = self.started(subprocess.Popen([os.path.abspath(ZAB), "--plugin", PLUGIN, "build"], cwd=self.folder,
+                                              stderr=subprocess.PIPE))
         for _ in range(4):
             build.stderr.readline()
         build.kill()
-        said = 4 + len(build.stderr.read().splitlines())
-        build.stderr.close()
-        build.wait()
+        said = 4 + len(build.communicate()[1].splitlines())
         # Actions are remembered before they are reported; the last one may have been just between the two.
         self.assertIn(40 - len(self.reasons()), (said, said + 1))
 

@@ -2,8 +2,8 @@
 
 import json
 import os
+import shutil
 import subprocess
-import time
 import unittest
 
 from command_line import RULE, ZAB, ProjectTest, sanitizer_options, tga
@@ -21,8 +21,8 @@ class StepTest(ProjectTest):
         return status, out, err.splitlines()
 
     def start(self, *arguments, **options):
-        return subprocess.Popen([os.path.abspath(ZAB), "--plugin", STEPS, "build", *arguments], cwd=self.folder,
-                                stderr=subprocess.PIPE, text=True, **options)
+        return self.started(subprocess.Popen([os.path.abspath(ZAB), "--plugin", STEPS, "build", *arguments],
+                                             cwd=self.folder, stderr=subprocess.PIPE, text=True, **options))
 
 
 class Deaths(StepTest):
@@ -51,9 +51,9 @@ class Deaths(StepTest):
     @unittest.skipIf(os.environ.get("ZAB_SANITIZE"), "sanitizers reserve terabytes")
     def test_memory_that_runs_out(self):
         # The limit stands for the machine's end: what an allocation gets to hear is the same.
-        limit = "ulimit -v 2000000; exec "
+        limited = ["sh", "-c", 'ulimit -v 2000000; exec "$@"', "sh"]
         self.prepare({"a": "eat\nmakes a", "b": "makes b"})
-        run = subprocess.run(["sh", "-c", f"{limit}{os.path.abspath(ZAB)} --plugin {STEPS} build -j1"], cwd=self.folder,
+        run = subprocess.run([*limited, os.path.abspath(ZAB), "--plugin", STEPS, "build", "-j1"], cwd=self.folder,
                              capture_output=True, text=True, timeout=60)
         self.assertEqual(run.returncode, 1, run.stderr)
         self.assertEqual(self.files(), ["b"])
@@ -62,8 +62,7 @@ class Deaths(StepTest):
         self.build({"a": "scratch other/s\nmakes a", "b": "after a\nslow b\nsignal 11"})
         self.assertEqual(self.files(), ["a"])
         build = self.start("-j1") if self.prepare({"b": "slow b\nscratch x/s\ndeaf"}) is None else None
-        while not (self.folder / "working_data/x").exists():
-            time.sleep(0.01)
+        self.wait_for((self.folder / "working_data/x").exists)
         build.kill()
         build.communicate()
         self.assertIn("b", self.files())
@@ -149,6 +148,7 @@ class SideBySide(StepTest):
 
 
 class Surroundings(StepTest):
+    @unittest.skipUnless(shutil.which("git"), "needs git")
     def test_workers_share_the_index_of_git(self):
         git = {"GIT_CONFIG_NOSYSTEM": "1"}
         self.write({"zab.toml": RULE + '[version_control]\nkind = "git"\n',
@@ -162,8 +162,7 @@ class Surroundings(StepTest):
     def test_the_second_build_waits_or_says_so(self):
         self.prepare({"a": "makes a\nstay"})
         first = self.start()
-        while not (self.folder / "working_data/a").exists():
-            time.sleep(0.01)
+        self.wait_for((self.folder / "working_data/a").exists)
         self.check(["build", "--plugin", STEPS, "--no-wait"], 3, "",
                    f"zab: error: another build of this project is running (process {first.pid})\n")
         second = self.start()
@@ -177,15 +176,9 @@ class Surroundings(StepTest):
         self.prepare({"a": "makes a"})
         first.kill()
         self.assertEqual((third.wait(timeout=10), third.stderr.read()[:9]), (0, "[1/1] don"))
-        for process in (first, second, third):
-            process.communicate()
 
     def test_targets_that_cannot_be_written(self):
-        user = 65534 if os.geteuid() == 0 else None
-        try:
-            self.zab("--version", user=user)
-        except PermissionError:
-            self.skipTest("the program lies where an ordinary user cannot go")
+        user = self.ordinary_user()
         self.write({"zab.toml": RULE, "raw_data/a.tga": tga(8, 8), "working_data/textures/": None})
         self.folder.chmod(0o777)
         (self.folder / "working_data/textures").chmod(0o555)

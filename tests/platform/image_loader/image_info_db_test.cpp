@@ -20,10 +20,16 @@ IMAGE_INFO info(std::uint32_t width, std::uint32_t height, std::uint32_t mips, T
     return result;
 }
 
+/// wstring() asks the C locale, which may know no letters beyond ASCII.
+QE::UniString wide(std::filesystem::path const& path) {
+    std::u32string const text = path.u32string();
+    return std::wstring(text.begin(), text.end());
+}
+
 BYTES saved(IMAGE_INFO_DB const& database) {
     platform_test::TEMPORARY_FILE const file(".bin");
     std::string cause;
-    EXPECT_TRUE(database.save(QE::UniString(file.path().wstring()), cause)) << cause;
+    EXPECT_TRUE(database.save(wide(file.path()), cause)) << cause;
     std::ifstream in(file.path(), std::ios::binary);
     std::string const text((std::istreambuf_iterator<char>(in)), {});
     BYTES bytes(text.size());
@@ -189,7 +195,7 @@ TEST(image_info_db, failed_save_leaves_the_file) {
     IMAGE_INFO_DB database;
     database.add_info(QE::FileName("a.dds"), info(4, 4, 1, TTF_BC1), 0);
     std::string cause;
-    EXPECT_FALSE(database.save(QE::UniString((file.path() / "x.bin").wstring()), cause));
+    EXPECT_FALSE(database.save(wide(file.path() / "x.bin"), cause));
     EXPECT_EQ(cause, "Not a directory");
     EXPECT_EQ(std::filesystem::file_size(file.path()), 3u);
 }
