@@ -7,10 +7,10 @@
 #include "atlas/load_source_texture.hpp"
 #include "atlas/native_file_path.hpp"
 #include "dds/compress_image.hpp"
+#include "dds/target_files.hpp"
 #include "platform/image_loader/load_image_file.hpp"
 #include "processor/host/paths.hpp"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -46,7 +46,7 @@ public:
 
     ~RUN() {
         for (PHYSICAL_PATH const& file : targas_ + unfinished_)
-            QFile::remove(file);
+            remove_target(file);
     }
 
     bool make_atlas() {
@@ -93,7 +93,7 @@ private:
     /// The atlas of before as version control has it. What it brings back stays; an index that it does not know goes,
     /// since the pages of that one are gone.
     void revert() {
-        QFile::remove(action_.index_path());
+        remove_target(action_.index_path());
         unfinished_.clear();
         for (int i = 0; i < page_count_; ++i)
             action_.revert_from_perforce(action_.page_path(i, ".dds"), files_);
@@ -102,7 +102,7 @@ private:
 
     void remove_earlier_pages() {
         while (FILE_ENTRY const* const page = files_.value(PATHS::logical_path(old_page()))) {
-            QFile::remove(page->physical_path);
+            remove_target(page->physical_path);
             ++old_page_count_;
         }
         for (int i = 0;; ++i) {
@@ -111,7 +111,7 @@ private:
                 break;
             action_.remove_from_perforce(targa, files_);
             // Not every version control removes the file itself, and what stands there would pass for a new page.
-            QFile::remove(targa);
+            remove_target(targa);
         }
     }
 
@@ -150,13 +150,13 @@ private:
         builder.finalize_all();
 
         QString const& base = action_.base_;
-        QDir().mkpath(base.section(QLatin1Char('/'), 0, -2));
+        make_target_folder(base);
         for (auto const& pages : builder.groups())
             page_count_ = std::max(page_count_, static_cast<int>(pages.size()));
         for (int i = 0; i < page_count_; ++i) {
             begin(action_.page_path(i, ".tga"), targas_);
             // What stands there afterwards is a page that was saved.
-            QFile::remove(action_.page_path(i, ".tga"));
+            remove_target(action_.page_path(i, ".tga"));
         }
         builder.save_all(native_file_path(base));
         return atlas_index_text(groups, base.section(QLatin1Char('/'), -1).toLatin1().toStdString(),
@@ -209,7 +209,7 @@ private:
                 action_.add_output_line(QStringLiteral("Failed to compress ") + targa);
                 return false;
             }
-            QFile::remove(targa);
+            remove_target(targa);
             action_.set_progress_value(loading_progress + (i + 1) * (whole_progress - loading_progress) / page_count_);
         }
     }

@@ -3,11 +3,9 @@
 #include "atlas/native_file_path.hpp"
 #include "platform/qe/replace_file.hpp"
 
-#include <QFileInfo>
-#include <QTemporaryFile>
-
 #include <array>
 #include <charconv>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -121,12 +119,6 @@ std::string line(ATLAS_SOURCE_TEXTURE const& texture, float half_texel) {
     return text + '\n';
 }
 
-/// A new file beside it is opened in its stead: what stands there is replaced only when all is written.
-bool can_be_opened(QString const& path) {
-    QTemporaryFile beside(path.section(QLatin1Char('/'), 0, -2) + QStringLiteral("/XXXXXX.part"));
-    return !QFileInfo(path).isDir() && beside.open();
-}
-
 }  // namespace
 
 std::string atlas_index_text(std::map<D3D_FORMAT, ATLAS_GROUP> const& groups, std::string const& base_name,
@@ -148,11 +140,12 @@ std::string atlas_index_text(std::map<D3D_FORMAT, ATLAS_GROUP> const& groups, st
 
 bool write_atlas_index(OUTPUT_LINE_SINK& sink, QString const& path, std::string const& text) {
     std::string cause;
-    bool const is_opened = can_be_opened(path);
-    if (is_opened)
+    // A new file beside it is opened in its stead: what stands there is replaced only when all is written.
+    std::optional<QE::OUTPUT_FILE> file = QE::OUTPUT_FILE::open(native_file_path(path), cause);
+    if (file)
         sink.add_output_line(QStringLiteral("Saving file: ") + path);
-    if (!is_opened || !QE::replace_file(native_file_path(path),
-                                        {reinterpret_cast<std::uint8_t const*>(text.data()), text.size()}, cause)) {
+    if (!file || !file->write({reinterpret_cast<std::uint8_t const*>(text.data()), text.size()}, cause) ||
+        !file->commit(cause)) {
         sink.add_output_line(QStringLiteral("*** Error: Unable to open file \"") + path +
                              QStringLiteral("\" for writing!"));
         return false;

@@ -3,9 +3,9 @@
 #include "combine/level_values.hpp"
 #include "dds/freeimage_bitmap.hpp"
 #include "dds/freeimage_messages.hpp"
+#include "dds/target_files.hpp"
 #include "platform/checked_size.hpp"
 
-#include <QDir>
 #include <QFile>
 #include <QSet>
 
@@ -189,7 +189,7 @@ bool ACTION_CHANNEL_COMBINE::combine_to(PHYSICAL_PATH const& target, FILE_MAP co
     BITMAP const output = combination.combine(rules);
     if (combination.failed())
         return false;
-    QDir().mkpath(target.section(QLatin1Char('/'), 0, -2));
+    make_target_folder(target);
     if (!save_freeimage_bitmap(*this, format, output.get(), target))
         combination.fail(QStringLiteral("Failed to save: ") + target);
     return !combination.failed();

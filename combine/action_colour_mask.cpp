@@ -1,10 +1,9 @@
 #include "combine/action_colour_mask.hpp"
 
+#include "dds/target_files.hpp"
 #include "dds/tool_data_library.hpp"
 #include "platform/tool_data_builder/texture_compressor.hpp"
 #include "processor/host/paths.hpp"
-
-#include <QFile>
 
 namespace {
 
@@ -25,7 +24,7 @@ ACTION_COLOUR_MASK::ACTION_COLOUR_MASK(PHYSICAL_PATH const& stem, bool numbered,
 
 bool ACTION_COLOUR_MASK::make_target(FILE_MAP const& files, RULE_CACHE const&) {
     receive_tool_data_messages(*this);
-    QFile::remove(get_target());
+    remove_target(get_target());
     QString const stem = PATHS::physical_path(logical_source());
     create_target_folder();
     auto const path = [&](std::size_t position) {

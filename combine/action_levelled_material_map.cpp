@@ -1,9 +1,8 @@
 #include "combine/action_levelled_material_map.hpp"
 
+#include "dds/target_files.hpp"
 #include "dds/tool_data_library.hpp"
 #include "platform/tool_data_builder/texture_compressor.hpp"
-
-#include <QFile>
 
 namespace {
 
@@ -21,7 +20,7 @@ ACTION_LEVELLED_MATERIAL_MAP::ACTION_LEVELLED_MATERIAL_MAP(PHYSICAL_PATH const& 
 
 bool ACTION_LEVELLED_MATERIAL_MAP::make_target(FILE_MAP const& files, RULE_CACHE const&) {
     receive_tool_data_messages(*this);
-    QFile::remove(get_target());
+    remove_target(get_target());
     QString const stem = physical_stem(files, smoothness);
     create_target_folder();
     TOOLDATABUILDER::TEXTURE_COMPRESSOR compressor{QE::UniString()};

@@ -1,38 +1,15 @@
 #include "combine/stem_action.hpp"
 
 #include "dds/compress_image.hpp"
+#include "dds/target_files.hpp"
 #include "platform/image_loader/wrap_image32.hpp"
 #include "processor/host/paths.hpp"
 
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <exception>
 #include <new>
 #include <utility>
-
-namespace {
-
-/// Changes when the file is made, removed or written.
-struct FILE_STATE {
-    explicit FILE_STATE(QString const& path) {
-        QFileInfo const info(path);
-        exists = info.exists();
-        size = info.size();
-        modified = info.lastModified();
-    }
-    bool operator==(FILE_STATE const& other) const {
-        return exists == other.exists && size == other.size && modified == other.modified;
-    }
-
-    bool exists = false;
-    qint64 size = 0;
-    QDateTime modified;
-};
-
-}  // namespace
 
 STEM_ACTION::STEM_ACTION(PHYSICAL_PATH const& stem, PROCESSOR_INTERFACE& processor, QLatin1String name,
                          std::vector<STEM_SOURCE> sources)
@@ -63,7 +40,6 @@ ACTION_INTERFACE::STATUS STEM_ACTION::run_with(std::function<bool()> const& make
         return STATUS_FAILED;
     }
     PHYSICAL_PATH const target = get_target();
-    FILE_STATE const before(target);
     try {
         if (!make_target())
             return STATUS_FAILED;
@@ -72,8 +48,6 @@ ACTION_INTERFACE::STATUS STEM_ACTION::run_with(std::function<bool()> const& make
         add_output_line(is_memory
                             ? QStringLiteral("Not enough memory")
                             : QStringLiteral("Unexpected error: %1").arg(QString::fromLocal8Bit(exception.what())));
-        if (!(FILE_STATE(target) == before))
-            QFile::remove(target);
         return STATUS_FAILED;
     } catch (...) {
         add_output_line(QStringLiteral("Unexpected error"));
@@ -104,16 +78,13 @@ PHYSICAL_PATH STEM_ACTION::physical_stem(FILE_MAP const& files, QLatin1String su
 }
 
 void STEM_ACTION::create_target_folder() const {
-    QDir().mkpath(get_target().section(QLatin1Char('/'), 0, -2));
+    make_target_folder(get_target());
 }
 
 void STEM_ACTION::compress_to_target(QE::IMAGE32& image, TEXTURE_RULES const& rules) {
-    PHYSICAL_PATH const target = get_target();
     create_target_folder();
-    FILE_STATE const before(target);
     IMAGE_LOADER::IMAGE wrapped = IMAGE_LOADER::wrap_image32(image);
-    if (!compress_image(*this, rules, false, wrapped, target) && !(FILE_STATE(target) == before))
-        QFile::remove(target);
+    compress_image(*this, rules, false, wrapped, get_target());
 }
 
 bool STEM_ACTION::compress_to_target(QE::IMAGE32& image, RULE_CACHE const& rules, QLatin1String suffix) {

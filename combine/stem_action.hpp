@@ -41,9 +41,8 @@ protected:
     PHYSICAL_PATH physical_stem(FILE_MAP const& files, QLatin1String suffix) const;
     void create_target_folder() const;
 
-    /// The image, by the road that all textures go, to the target. An earlier target is not removed first: where the
-    /// compression fails before it touches the file, that one stays, and the action succeeds with it. What a failed
-    /// compression has written is removed.
+    /// The image, by the road that all textures go, to the target. An earlier target is not removed first, and a
+    /// compression that fails does not touch it: that one stays, and the action succeeds with it.
     void compress_to_target(QE::IMAGE32& image, TEXTURE_RULES const& rules);
     /// The same with the rule "Texture" of the stem's file of this suffix. False when it cannot be read.
     bool compress_to_target(QE::IMAGE32& image, RULE_CACHE const& rules, QLatin1String suffix);

@@ -2,6 +2,7 @@
 
 #include "dds/compress_image.hpp"
 #include "dds/conversion_name.hpp"
+#include "dds/target_files.hpp"
 #include "dds/texture_rules.hpp"
 #include "platform/image_loader/wrap_image32.hpp"
 #include "platform/qe/load_tga.hpp"
@@ -82,7 +83,7 @@ bool ACTION_DDS_N::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& tar
         add_output_line(QStringLiteral("Not enough memory to convert '") + source + QLatin1Char('\''));
     }
     if (!converted)
-        QFile::remove(target);
+        remove_target(target);
     return converted;
 }
 

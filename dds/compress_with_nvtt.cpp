@@ -1,8 +1,10 @@
 #include "dds/compress_with_nvtt.hpp"
 
+#include "dds/target_files.hpp"
 #include "platform/checked_size.hpp"
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/qe/fp_state.hpp"
+#include "platform/qe/memory_file.hpp"
 
 #include <QFile>
 
@@ -11,6 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <new>
+#include <optional>
 #include <string>
 
 namespace {
@@ -52,11 +55,11 @@ public:
     ~FOREIGN_FP_STATE() { QE::set_fp_state(true); }
 };
 
-/// Whether the file holds all that its header announces.
-bool is_whole(PHYSICAL_PATH const& path) {
-    QFile file(path.text());
+/// Whether the open file holds all that its header announces.
+bool is_whole(int descriptor) {
+    QFile file;
     std::array<std::uint8_t, dds_container::dx10_header_size> header{};
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered))
         return false;
     qint64 const read = file.read(reinterpret_cast<char*>(header.data()), static_cast<qint64>(header.size()));
     if (read < 0)
@@ -131,14 +134,24 @@ bool compress_with_nvtt(OUTPUT_LINE_SINK& sink, PHYSICAL_PATH const& target, BAC
     compressor.enableCudaAcceleration(true);
 
     NVTT_ERROR_SINK errors(&sink);
+    std::string cause;
+    std::optional<QE::OUTPUT_FILE> file = QE::OUTPUT_FILE::open(native_target(target), cause);
+    if (!file) {
+        errors.error(nvtt::Error_FileOpen);
+        return false;
+    }
+    // The library opens files by name, whatever has that name by then.
+    QE::MEMORY_FILE made;
+    if (!made.is_open())
+        throw std::bad_alloc();
     nvtt::OutputOptions output;
-    output.setFileName(QFile::encodeName(target).constData());
+    output.setFileName(made.name().c_str());
     output.setErrorHandler(&errors);
 
     if (!process(compressor, input, compression, output))
         return false;
-    // The library does not look whether its writes arrive: on a full disk it reports success.
-    if (!is_whole(target)) {
+    // The library does not look whether its writes arrive.
+    if (!is_whole(made.descriptor()) || !file->write_all_of(made.descriptor(), cause) || !file->commit(cause)) {
         errors.error(nvtt::Error_FileWrite);
         return false;
     }

@@ -107,20 +107,16 @@ bool ACTION_FGA::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& targe
 bool ACTION_FGA::write_dds_file_nomip_fmt_rgba16(PHYSICAL_PATH const& path,
                                                  std::vector<UTILITYLIB::FLOAT16_4> const& texels,
                                                  UTILITYLIB::VECTOR_3c const& size) {
-    {
-        // A target that cannot be opened is no failure of the conversion.
-        QFile file(path.text());
-        if (!file.open(QIODevice::WriteOnly))
-            return true;
-        file.remove();
-    }
+    std::string cause;
+    std::optional<QE::OUTPUT_FILE> file = QE::OUTPUT_FILE::open(QE::native_path(path.text().toStdWString()), cause);
+    // A target that cannot be opened is no failure of the conversion.
+    if (!file)
+        return true;
     std::array<std::uint8_t, 128> const header = volume_header(size);
     static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "halves are written as they stand in memory");
     std::span const halves(reinterpret_cast<std::uint8_t const*>(texels.data()),
                            texels.size() * sizeof(UTILITYLIB::FLOAT16_4));
-    std::array<std::span<std::uint8_t const>, 2> const parts = {std::span<std::uint8_t const>(header), halves};
-    std::string cause;
-    if (QE::replace_file(QE::native_path(path.text().toStdWString()), parts, cause))
+    if (file->write(header, cause) && file->write(halves, cause) && file->commit(cause))
         return true;
     add_output_line(QStringLiteral("Failed to write '%1': %2").arg(path.text(), QString::fromLocal8Bit(cause.c_str())));
     return false;

@@ -1,6 +1,7 @@
 #include "imagedb/action_image_info_db.hpp"
 
 #include "platform/image_loader/image_info_db.hpp"
+#include "platform/qe/output_root.hpp"
 #include "processor/host/asset_graph.hpp"
 #include "processor/host/nr_xml_query_interface.hpp"
 #include "processor/host/paths.hpp"
@@ -158,7 +159,7 @@ void ACTION_IMAGE_INFO_DB::record(FILE_MAP const& files, RULE_CACHE const& rules
     QString const base_name = database_base_name(rules);
     QString const database = in_working_root(base_name + QStringLiteral(".bin"));
     if (!added) {
-        QFile::remove(database);
+        QE::remove_file(QFile::encodeName(database).toStdString());
         return;
     }
     if (is_retail(rules) && s_asset_graph != nullptr) {

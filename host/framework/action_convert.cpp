@@ -1,16 +1,18 @@
 #include "processor/host/action_convert.hpp"
 
 #include "host/framework/version_control.hpp"
+#include "platform/qe/output_root.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/host/working_file_refusal.hpp"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <filesystem>
+#include <string>
 
 namespace {
 
@@ -32,6 +34,10 @@ NAME_PARTS split_source_name(QString const& name) {
     if (found == extensions.end())
         return {name, {}};
     return {name.left(name.size() - found->size()), name.right(found->size())};
+}
+
+std::filesystem::path native(QString const& path) {
+    return std::filesystem::path(QFile::encodeName(path).toStdString());
 }
 
 }  // namespace
@@ -127,14 +133,14 @@ ACTION_INTERFACE::STATUS ACTION_CONVERT::run(FILE_MAP const& files, RULE_CACHE c
         return STATUS_FAILED;
     }
     QString const folder = target.section(QLatin1Char('/'), 0, -2);
-    if (!QDir().mkpath(folder)) {
+    std::string cause;
+    if (!QE::create_folders(native(folder), cause)) {
         add_output_line(QStringLiteral("Failed to create the folder '%1'").arg(folder));
         return STATUS_FAILED;
     }
-    QFile earlier(target.text());
-    if ((earlier.exists() || QFileInfo(target.text()).isSymLink()) && !earlier.remove()) {
-        add_output_line(
-            QStringLiteral("Failed to remove the earlier target '%1': %2").arg(target.text(), earlier.errorString()));
+    if (!QE::remove_file(native(target), cause)) {
+        add_output_line(QStringLiteral("Failed to remove the earlier target '%1': %2")
+                            .arg(target.text(), QString::fromLocal8Bit(cause.c_str())));
         return STATUS_FAILED;
     }
 
@@ -151,7 +157,7 @@ ACTION_INTERFACE::STATUS ACTION_CONVERT::run(FILE_MAP const& files, RULE_CACHE c
         add_output_line(QStringLiteral("Unexpected error"));
     }
     if (!converted) {
-        QFile::remove(target);
+        QE::remove_file(native(target));
         return STATUS_FAILED;
     }
     set_progress_value(progress_max());

@@ -25,6 +25,7 @@ ACTION_INTERFACE::ACTION_INTERFACE(ACTION_INTERFACE const& other)
       error_(other.error_),
       dependencies_(other.dependencies_),
       unlisted_sources_(other.unlisted_sources_),
+      working_files_(other.working_files_),
       progress_max_(other.progress_max()) {
 }
 

@@ -1,20 +1,22 @@
 #include "host/framework/asset_fragment_file.hpp"
 
 #include "host/framework/version_control.hpp"
+#include "platform/qe/replace_file.hpp"
 #include "processor/host/paths.hpp"
 
-#include <QSaveFile>
+#include <QFile>
 #include <QXmlStreamWriter>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace framework {
 
-bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, QString& error) {
-    QSaveFile file(builder.id());
-    if (!file.open(QIODevice::WriteOnly)) {
-        error = QStringLiteral("Failed to write '%1': %2").arg(builder.id(), file.errorString());
-        return false;
-    }
-    QXmlStreamWriter xml(&file);
+namespace {
+
+QByteArray text_of(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder) {
+    QByteArray text;
+    QXmlStreamWriter xml(&text);
     xml.setAutoFormatting(true);
     xml.writeStartDocument();
     xml.writeStartElement(QStringLiteral("asset_fragments"));
@@ -37,11 +39,37 @@ bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, Q
     }
     xml.writeEndElement();
     xml.writeEndDocument();
-    if (!file.commit()) {
-        error = QStringLiteral("Failed to write '%1': %2").arg(builder.id(), file.errorString());
+    return text;
+}
+
+/// Whether a file of these very bytes stands there, and no link that leads to one.
+bool is_there(QByteArray const& path, QByteArray const& bytes) {
+    int const descriptor = ::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
         return false;
-    }
-    return true;
+    QFile file;
+    bool const is_same = file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle) &&
+                         file.size() == bytes.size() && file.read(bytes.size() + 1) == bytes;
+    if (is_same && QE::output_root().written != nullptr)
+        QE::output_root().written(path.constData(), descriptor);
+    return is_same;
+}
+
+}  // namespace
+
+bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, QString& error) {
+    QByteArray const path = QFile::encodeName(builder.id());
+    QByteArray const text = text_of(builder);
+    // Fragments lie among the sources, where others look as well: a file is touched when it has to say something else.
+    if (is_there(path, text))
+        return true;
+    std::string cause;
+    std::span const bytes(reinterpret_cast<std::uint8_t const*>(text.constData()),
+                          static_cast<std::size_t>(text.size()));
+    if (QE::replace_file(path.toStdString(), bytes, cause))
+        return true;
+    error = QStringLiteral("Failed to write '%1': %2").arg(builder.id(), QString::fromLocal8Bit(cause.c_str()));
+    return false;
 }
 
 bool save_added_fragments(QTSHARED::ASSET_GRAPH& graph, ACTION_INTERFACE& action, FILE_MAP const& files,

@@ -7,8 +7,9 @@
 
 namespace framework {
 
-/// Writes the file that the builder's id names, whole or not at all. False with a line that names the file otherwise.
-/// Paths in it are logical ones, so that the same project gives the same file on every machine.
+/// Writes the file that the builder's id names, whole or not at all, unless it is there as it has to be. False with a
+/// line that names the file otherwise. Paths in it are logical ones, so that the same project gives the same file on
+/// every machine.
 ZAB_SHARED_API bool save_asset_fragment_file(QTSHARED::ASSET_FRAGMENT_BUILDER const& builder, QString& error);
 
 /// Writes the files of the fragments that `action` added to the graph without saving them, and registers them as its

@@ -93,6 +93,9 @@ QDataStream& operator<<(QDataStream& stream, ACTION_RECORD const& record) {
     stream << static_cast<quint32>(record.registered.size());
     for (ACTION_INTERFACE::REGISTERED_FILE const& file : record.registered)
         stream << file.path.text() << static_cast<quint8>(file.kind);
+    stream << static_cast<quint32>(record.written.size());
+    for (auto file = record.written.begin(); file != record.written.end(); ++file)
+        stream << file.key() << static_cast<quint64>(file->bits[0]) << static_cast<quint64>(file->bits[1]);
     return stream;
 }
 
@@ -114,6 +117,15 @@ QDataStream& operator>>(QDataStream& stream, ACTION_RECORD& record) {
         if (kind > static_cast<quint8>(KIND::reverted))
             stream.setStatus(QDataStream::ReadCorruptData);
         record.registered.push_back({PHYSICAL_PATH(path), static_cast<KIND>(kind)});
+    }
+    stream >> count;
+    record.written.clear();
+    for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i) {
+        QString path;
+        quint64 low = 0;
+        quint64 high = 0;
+        stream >> path >> low >> high;
+        record.written.insert(path, CONTENT_HASH{{low, high}});
     }
     return stream;
 }

@@ -1,8 +1,9 @@
-// What is to be remembered of an action that ran: what it asked of the host, and which files it registered. A plain
-// value, so that the process that ran the action can send it to the one that keeps the state.
+// What is to be remembered of an action that ran: what it asked of the host, and which files it registered and wrote. A
+// plain value, so that the process that ran the action can send it to the one that keeps the state.
 #pragma once
 
 #include "host/framework/read_recorder.hpp"
+#include "host/tool/written_files.hpp"
 #include "processor/host/action_interface.hpp"
 #include "processor/host/asset_graph.hpp"
 
@@ -22,6 +23,7 @@ namespace tool {
 struct ACTION_RECORD {
     framework::READS reads;
     std::vector<ACTION_INTERFACE::REGISTERED_FILE> registered;
+    WRITTEN_FILES written;
 };
 
 /// A reader that meets nonsense leaves the stream with a status other than Ok.

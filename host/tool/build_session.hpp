@@ -31,6 +31,7 @@ public:
     EXIT_CODE open();
 
     framework::PROJECT const& project() const { return *project_; }
+    PLUGIN_HOST const& plugin() const { return plugin_; }
     FILE_MAP& files() { return files_.map; }
     framework::PROJECT_RULE_CACHE const& rules() const { return *rules_; }
     std::vector<std::unique_ptr<ACTION_INTERFACE>> const& actions() const { return actions_; }

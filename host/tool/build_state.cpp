@@ -285,6 +285,14 @@ std::int64_t BUILD_STATE::setting_id(ACTION_SETTING const& setting) {
     return id;
 }
 
+// What the action made, which the next build holds against what it finds: not what somebody has put there since.
+FILE_CONTENTS BUILD_STATE::target_contents(QString const& path, WRITTEN_FILES const& written_files) {
+    FILE_CONTENTS const found = looker_.look(path);
+    auto const written = written_files.constFind(path);
+    bool const is_own = written == written_files.constEnd() || (found.exists && found.hash == *written);
+    return is_own ? found : FILE_CONTENTS{true, *written, {}};
+}
+
 void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& result) {
     framework::READS const& reads = result.record.reads;
     RECORDED_ACTION action;
@@ -295,11 +303,11 @@ void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& r
     for (ACTION_INTERFACE::REGISTERED_FILE const& file : result.record.registered) {
         QString const path = PATHS::logical_path(file.path);
         if (file.kind == ACTION_INTERFACE::REGISTERED_FILE::KIND::added && !targets.contains(path) &&
-            QFileInfo::exists(physical(path)))
+            (result.record.written.contains(physical(path)) || QFileInfo::exists(physical(path))))
             targets.append(path);
     }
     for (QString const& target : qAsConst(targets))
-        action.targets.push_back({target, looker_.look(physical(target))});
+        action.targets.push_back({target, target_contents(physical(target), result.record.written)});
     // An action that looks whether its own target is there finds it the next time; what became of it is asked anyway.
     action.files = reads.files;
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)

@@ -91,6 +91,7 @@ private:
     std::vector<framework::RULE_READ> all_rule_reads(PLANNED_ACTION const& planned,
                                                      framework::READS const& reads) const;
     std::vector<RECORDED_FILE> source_contents(PLANNED_ACTION const& planned);
+    FILE_CONTENTS target_contents(QString const& path, WRITTEN_FILES const& written_files);
     void store(PLANNED_ACTION const& planned, RECORDED_ACTION const& action);
     void write(std::size_t row, RECORDED_ACTION const& action);
     void leave_behind(RECORDED_ACTION const& former, RECORDED_ACTION const& now);

@@ -7,11 +7,13 @@
 #include "host/tool/open_plan.hpp"
 #include "host/tool/progress.hpp"
 #include "host/tool/project_lock.hpp"
+#include "host/tool/working_root.hpp"
 
 #include <CLI/CLI.hpp>
 
 #include <QStorageInfo>
 
+#include <algorithm>
 #include <limits>
 
 namespace tool {
@@ -86,6 +88,10 @@ public:
             context.console.error(error);
             return EXIT_CODE::environment;
         }
+        WORKING_ROOT root;
+        if (std::any_of(plan.actions.begin(), plan.actions.end(),
+                        [](PLANNED_ACTION const& planned) { return planned.state == PLANNED_ACTION::STATE::run; }))
+            root.open(session);
         RUN_OPTIONS const options = run_options();
         auto const run_part = [&](PLAN& part, std::vector<RUN_OBSERVER*> const& part_observers) {
             return run_plan(part, session, *opened.state, options, journal, part_observers);

@@ -8,8 +8,10 @@
 #include "host/tool/file_contents.hpp"
 #include "host/tool/memory_estimate.hpp"
 #include "host/tool/peak_memory.hpp"
+#include "platform/qe/output_root.hpp"
 #include "processor/host/paths.hpp"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -45,8 +47,11 @@ std::optional<QString> why_unwritable(QString folder) {
         .arg(folder, QString::fromLocal8Bit(std::strerror(errno)));
 }
 
-/// Opens the targets in version control. Nothing, or why one cannot be written.
+/// Opens the targets in version control. Nothing, or why one cannot be written or the action may not run.
 std::optional<QString> prepare_targets(PLANNED_ACTION const& planned) {
+    // It may have come since the plan was made.
+    if (QString const file = working_file_in_the_way(planned); !file.isEmpty())
+        return refusal_of_file_in_the_way(file);
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
         if (auto refusal = why_unwritable(QFileInfo(target.physical_path.text()).path()))
             return refusal;
@@ -64,21 +69,24 @@ std::optional<QString> remove_left_fragment(PLANNED_ACTION const& planned) {
             continue;
         if (auto refusal = framework::VERSION_CONTROL::current().remove(PHYSICAL_PATH(fragment)))
             return refusal;
-        if (QFile file(fragment); !file.remove())
-            return QStringLiteral("Failed to remove '%1': %2").arg(fragment, file.errorString());
+        if (std::string cause; !QE::remove_file(QFile::encodeName(fragment).toStdString(), cause))
+            return QStringLiteral("Failed to remove '%1': %2").arg(fragment, QString::fromLocal8Bit(cause.c_str()));
     }
     return {};
 }
 
 /// What is wrong with an action that says that it succeeded; empty when nothing is. Some actions take the existence of
 /// their target for their success, so a file of an earlier build must not stand in for one that was not written.
-QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STAMP> const& before) {
+QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STAMP> const& before,
+                      WRITTEN_FILES const& written) {
     if (planned.action->version_control_failed())
         return QStringLiteral("Version control refused a file");
     std::vector<FILE_STAMP> const after = target_stamps(planned);
     for (std::size_t i = 0; i < after.size(); ++i) {
         ACTION_INTERFACE::TARGET_FILE const& target = planned.targets[static_cast<int>(i)];
-        if (!target.temporary && after[i].exists() && after[i] == before[i])
+        // A fragment that has to say what it says already is left alone by its writer.
+        bool const is_written = written.contains(QDir::cleanPath(target.physical_path));
+        if (!target.temporary && !is_written && after[i].exists() && after[i] == before[i])
             return QStringLiteral("The target was not written: ") + target.physical_path.text();
         // A database that has nothing to hold is gone without a word; else it could not be saved.
         if (planned.is_last_step && !after[i].exists() && !planned.action->output_lines().isEmpty())
@@ -146,6 +154,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     planned.action->set_line_listener(line);
     QString own_line;
     framework::READ_RECORDER recorder;
+    WRITTEN_FILES_RECORDER const writes;
     ACTION_INTERFACE::STATUS status = ACTION_INTERFACE::STATUS_FAILED;
     std::vector<FILE_STAMP> const before = target_stamps(planned);
     if (auto const refusal = prepare_targets(planned))
@@ -154,9 +163,10 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
         status = run(planned, files, rules, own_line);
     bool const succeeded = status == ACTION_INTERFACE::STATUS_SUCCEEDED || status == ACTION_INTERFACE::STATUS_SKIPPED;
     if (succeeded)
-        own_line = false_success(planned, before);
+        own_line = false_success(planned, before, writes.files());
     planned.action->set_line_listener({});
     result.record.reads = recorder.take();
+    result.record.written = writes.files();
     for (ACTION_INTERFACE::REGISTERED_FILE const& file : planned.action->registered_files())
         result.record.registered.push_back(file);
     result.milliseconds = clock.elapsed();
@@ -209,7 +219,7 @@ void take_back_targets(PLANNED_ACTION const& planned,
             files.remove(file.path);
     }
     for (QString const& file : qAsConst(files))
-        QFile::remove(file);
+        QE::remove_file(QFile::encodeName(file).toStdString());
     if (planned.action->revert_target_files_if_failed())
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
             framework::VERSION_CONTROL::current().revert(target.physical_path);

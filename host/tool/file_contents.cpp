@@ -34,33 +34,33 @@ FILE_STAMP to_stamp(struct stat const& status) {
     return {status.st_size, nanoseconds(status.st_mtim), nanoseconds(status.st_ctim), status.st_ino};
 }
 
-bool hash_file(int file, CONTENT_HASH& hash) {
-    std::unique_ptr<XXH3_state_t, XXH_errorcode (*)(XXH3_state_t*)> const state(XXH3_createState(), XXH3_freeState);
-    if (!state)
-        return false;
-    XXH3_128bits_reset(state.get());
-    // Kept, since taking and clearing it costs more than reading a small file.
-    thread_local std::vector<char> buffer(256 * 1024);
-    while (true) {
-        ssize_t const count = ::read(file, buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return false;
-        if (count == 0)
-            break;
-        XXH3_128bits_update(state.get(), buffer.data(), static_cast<std::size_t>(count));
-    }
-    XXH128_hash_t const result = XXH3_128bits_digest(state.get());
-    hash.bits = {result.low64, result.high64};
-    return true;
-}
-
 }  // namespace
 
 CONTENT_HASH hash_of(QByteArray const& bytes) {
     XXH128_hash_t const result = XXH3_128bits(bytes.constData(), static_cast<std::size_t>(bytes.size()));
     return {{result.low64, result.high64}};
+}
+
+std::optional<CONTENT_HASH> hash_of_open_file(int descriptor) {
+    std::unique_ptr<XXH3_state_t, XXH_errorcode (*)(XXH3_state_t*)> const state(XXH3_createState(), XXH3_freeState);
+    if (!state)
+        return {};
+    XXH3_128bits_reset(state.get());
+    // Kept, since taking and clearing it costs more than reading a small file.
+    thread_local std::vector<char> buffer(256 * 1024);
+    for (off_t at = 0;;) {
+        ssize_t const count = ::pread(descriptor, buffer.data(), buffer.size(), at);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return {};
+        if (count == 0)
+            break;
+        XXH3_128bits_update(state.get(), buffer.data(), static_cast<std::size_t>(count));
+        at += count;
+    }
+    XXH128_hash_t const result = XXH3_128bits_digest(state.get());
+    return CONTENT_HASH{{result.low64, result.high64}};
 }
 
 FILE_STAMP stamp_of(QString const& path) {
@@ -93,7 +93,9 @@ FILE_CONTENTS contents_of(QString const& path, FILE_CONTENTS const& known) {
     int const file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
     if (file < 0)
         return {};
-    contents.exists = hash_file(file, contents.hash);
+    std::optional<CONTENT_HASH> const hash = hash_of_open_file(file);
+    contents.exists = hash.has_value();
+    contents.hash = hash.value_or(CONTENT_HASH());
     // Written while it was read: the next look reads it again.
     struct stat status = {};
     if (was_settled && ::fstat(file, &status) == 0 && to_stamp(status) == before)

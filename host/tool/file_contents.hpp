@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace tool {
 
@@ -48,6 +49,8 @@ bool is_settled(FILE_STAMP const& stamp);
 std::int64_t time_until_settled(FILE_STAMP const& stamp);
 
 CONTENT_HASH hash_of(QByteArray const& bytes);
+/// Of the whole file. Nothing when it cannot be read.
+std::optional<CONTENT_HASH> hash_of_open_file(int descriptor);
 
 /// Reads the file if it must. `known` holds for the file if it has the file's stamp. Contents that cannot be read count
 /// as none.

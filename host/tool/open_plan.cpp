@@ -2,6 +2,7 @@
 
 #include "host/framework/printable.hpp"
 #include "host/tool/atlas_pages.hpp"
+#include "host/tool/build_journal.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QFileInfo>
@@ -53,6 +54,29 @@ void decide(PLAN& plan, BUILD_STATE& state, bool force) {
     }
 }
 
+// Before anything is touched. What a build that died, or one that runs, made for itself goes by itself.
+void refuse_what_is_in_the_way(PLAN& plan, QString const& state_folder) {
+    std::optional<QSet<QString>> left_over;
+    for (PLANNED_ACTION& planned : plan.actions) {
+        if (planned.state != PLANNED_ACTION::STATE::run)
+            continue;
+        QString const file = working_file_in_the_way(planned);
+        if (file.isEmpty())
+            continue;
+        if (!left_over) {
+            left_over.emplace();
+            for (UNFINISHED_ACTION const& unfinished : BUILD_JOURNAL::left_over(state_folder))
+                for (QString const& path : unfinished.files)
+                    left_over->insert(path);
+        }
+        if (left_over->contains(file))
+            continue;
+        planned.state = PLANNED_ACTION::STATE::error;
+        planned.error = refusal_of_file_in_the_way(file);
+        planned.refused = true;
+    }
+}
+
 }  // namespace
 
 EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::string> const& paths, bool force) {
@@ -82,6 +106,7 @@ EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::stri
                                                    "file's rules"));
     }
     decide(*opened.plan, *opened.state, force);
+    refuse_what_is_in_the_way(*opened.plan, opened.session.project().state_folder);
     return EXIT_CODE::success;
 }
 

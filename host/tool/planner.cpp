@@ -9,6 +9,7 @@
 #include "processor/host/paths.hpp"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <functional>
@@ -116,6 +117,12 @@ private:
                                                   .arg(CONSOLE::shown(file), described(other), described(planned)));
                     continue;
                 }
+                if (std::optional<std::size_t> const other = file_and_folder(place, i)) {
+                    plan_.conflicts.push_back(
+                        QStringLiteral("%1 would be a file and a folder\n  %2\n  %3")
+                            .arg(CONSOLE::shown(file), described(plan_.actions[*other]), described(planned)));
+                    continue;
+                }
                 producers_.insert(place, i);
                 // The database step lists what there will be.
                 if (session_.project().image_database && !session_.files().contains(target.logical_path))
@@ -126,6 +133,27 @@ private:
                     target.logical_path, planned.sources.isEmpty() ? QString() : planned.sources.first().text());
             }
         }
+    }
+
+    /// The action that would make a file of one of the folders of `place`, or a folder of `place` itself. Which of the
+    /// two won would be a matter of their order.
+    std::optional<std::size_t> file_and_folder(QString const& place, std::size_t action) {
+        if (auto const folder = folders_.constFind(place); folder != folders_.constEnd())
+            return *folder;
+        // Most actions write into the folder of the one before.
+        int slash = place.lastIndexOf(u'/');
+        if (place.leftRef(slash) == last_folder_)
+            return {};
+        last_folder_ = place.left(slash);
+        for (; slash > 0; slash = place.lastIndexOf(u'/', slash - 1)) {
+            QString const folder = place.left(slash);
+            if (folders_.contains(folder))
+                break;
+            if (auto const file = producers_.constFind(folder); file != producers_.constEnd())
+                return *file;
+            folders_.insert(folder, action);
+        }
+        return {};
     }
 
     void find_shared_pages() {
@@ -241,6 +269,10 @@ private:
     TARGET_GUARD guard_;
     /// Where a target file really lies to its action's place: links may give one file two names.
     QHash<QString, std::size_t> producers_;
+    /// Every folder that holds such a file, at any depth, to the first action that needs it.
+    QHash<QString, std::size_t> folders_;
+    /// The folder that was looked at last.
+    QString last_folder_;
 };
 
 }  // namespace
@@ -274,6 +306,17 @@ bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::
 
 bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target) {
     return target.temporary && target.logical_path.text().startsWith(QLatin1String("<raw>/"));
+}
+
+QString working_file_in_the_way(PLANNED_ACTION const& planned) {
+    for (PHYSICAL_PATH const& file : planned.action->working_files())
+        if (QFileInfo const info(file.text()); info.exists() || info.isSymLink())
+            return file;
+    return {};
+}
+
+QString refusal_of_file_in_the_way(QString const& file) {
+    return CONSOLE::shown(file) + QStringLiteral(" is in the way: this action needs a file of that name for itself");
 }
 
 std::optional<LOGICAL_PATH> subject_of(PLANNED_ACTION const& planned) {

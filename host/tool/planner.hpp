@@ -52,6 +52,11 @@ bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::
 /// succeeds. Nobody else may.
 bool is_older_file(ACTION_INTERFACE::TARGET_FILE const& target);
 
+/// A file that stands where the action makes one for itself, and that it would take away; empty when there is none.
+/// After a build that died has been tidied up, it is somebody's.
+QString working_file_in_the_way(PLANNED_ACTION const& planned);
+QString refusal_of_file_in_the_way(QString const& file);
+
 /// The file by which people know the action: its first source, or for the last step, which reads everything, what it
 /// makes.
 std::optional<LOGICAL_PATH> subject_of(PLANNED_ACTION const& planned);

@@ -40,6 +40,7 @@ bool PLUGIN_HOST::load(QString const& path, QString& error) {
     QLibrary library(file);
     image_database_ =
         reinterpret_cast<CREATE_IMAGE_DATABASE_ACTION*>(library.resolve(create_image_database_action_name));
+    set_output_root_ = reinterpret_cast<SET_OUTPUT_ROOT*>(library.resolve(set_output_root_name));
     limit_simd_ = reinterpret_cast<LIMIT_SIMD*>(library.resolve(limit_simd_name));
     return true;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "processor/host/image_database_entry.hpp"
+#include "processor/host/output_root_entry.hpp"
 #include "processor/host/processor_interface.hpp"
 #include "processor/host/simd_entry.hpp"
 
@@ -23,6 +24,9 @@ public:
     /// Makes the actions of the database step; null when the plug-in has none.
     CREATE_IMAGE_DATABASE_ACTION* image_database() const { return image_database_; }
 
+    /// Keeps the plug-in's outputs in a folder; null when it cannot.
+    SET_OUTPUT_ROOT* set_output_root() const { return set_output_root_; }
+
     /// Keeps the encoders from newer instruction sets; null when the plug-in has none to keep.
     LIMIT_SIMD* limit_simd() const { return limit_simd_; }
 
@@ -33,6 +37,7 @@ private:
     QPluginLoader loader_;
     std::vector<std::unique_ptr<PROCESSOR_INTERFACE>> processors_;
     CREATE_IMAGE_DATABASE_ACTION* image_database_ = nullptr;
+    SET_OUTPUT_ROOT* set_output_root_ = nullptr;
     LIMIT_SIMD* limit_simd_ = nullptr;
 };
 

@@ -58,6 +58,7 @@ struct OUTPUT {
     ENCODING encoding = ENCODING::by_alpha;
     bool mipmaps = true;
     bool linear_light = false;
+    QE::EARLIER_FILE earlier = QE::EARLIER_FILE::replaced;
 };
 
 /// `image` in the order of the encoder.
@@ -67,6 +68,7 @@ bool compress(IMAGE32 const& image, OUTPUT const& output) {
     BLOCK_DDS_SETTINGS settings;
     settings.format = to_dxt1 ? blocks::FORMAT::bc1 : blocks::FORMAT::bc3;
     settings.options.effort = blocks::EFFORT::best;
+    settings.earlier = output.earlier;
 
     blocks::RGBA8_VIEW const top = {image.pixels.data(), image.width, image.height, std::size_t{4} * image.width};
     std::vector<MIP_LEVEL> lower;
@@ -181,6 +183,7 @@ bool TEXTURE_COMPRESSOR::process_tga(UniString const& target_folder, UniString c
         output.target /= target_name != nullptr ? QE::native_path(*target_name) : path.stem();
         output.target += ".dds";
         output.encoding = forbid_dxt1 ? ENCODING::dxt5 : ENCODING::by_alpha;
+        output.earlier = QE::EARLIER_FILE::kept;
         output.mipmaps = mipmaps;
         output.linear_light = linear_light;
 

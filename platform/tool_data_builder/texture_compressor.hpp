@@ -20,7 +20,8 @@ public:
     /// One TGA, all channels as they are, to "<name>.dds": DXT1 when its alpha is 255 everywhere, unless `forbid_dxt1`,
     /// else DXT5. An empty `target_folder` stands for the source's folder, a null `target_name` (without extension) for
     /// the source's name. Without `mipmaps` the file has one level; with `linear_light` the smaller levels' colours are
-    /// averaged as light, not as numbers. Tells whether the file was written.
+    /// averaged as light, not as numbers. Tells whether the file was written: one that is there already is not
+    /// replaced, since it may be anybody's.
     bool process_tga(QE::UniString const& target_folder, QE::UniString const* target_name, QE::UniString const& source,
                      bool linear_light, bool mipmaps, bool forbid_dxt1);
 

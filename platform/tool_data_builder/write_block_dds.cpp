@@ -2,7 +2,6 @@
 
 #include "blocks/encode.hpp"
 #include "platform/image_loader/image_memory.hpp"
-#include "platform/qe/replace_file.hpp"
 
 #include <optional>
 #include <vector>
@@ -63,7 +62,7 @@ bool write_block_dds(std::filesystem::path const& target, std::span<blocks::RGBA
     description.mip_count = static_cast<std::uint32_t>(levels.size());
     description.format = dxgi_of(settings.format);
     std::optional<std::vector<std::uint8_t>> const file = dds_container::write_dds(description, surfaces, cause);
-    return file && QE::replace_file(target, *file, cause);
+    return file && QE::replace_file(target, *file, cause, settings.earlier);
 }
 
 }  // namespace TOOLDATABUILDER

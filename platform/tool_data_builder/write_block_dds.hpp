@@ -3,6 +3,7 @@
 
 #include "blocks/block_types.hpp"
 #include "platform/dds_container/dds_container.hpp"
+#include "platform/qe/replace_file.hpp"
 
 #include <filesystem>
 #include <span>
@@ -17,6 +18,7 @@ struct BLOCK_DDS_SETTINGS {
     blocks::ENCODE_OPTIONS options;
     /// How many threads encode. The bytes do not depend on it.
     int threads = 1;
+    QE::EARLIER_FILE earlier = QE::EARLIER_FILE::replaced;
 };
 
 /// Encodes the levels (the top level first, each half of the one before) and writes the file. It is written beside

@@ -116,6 +116,9 @@ public:
     int progress_max() const { return progress_max_; }
     /// Called with every line as it is added, on the action's thread.
     void set_line_listener(std::function<void(QString const&)> listener) { listener_ = std::move(listener); }
+    /// Files that the action will make for itself and take away again, in places where they are no target of anybody's.
+    /// It takes away whatever stands there before, so that a host has to look first.
+    QVector<PHYSICAL_PATH> const& working_files() const { return working_files_; }
     /// Called with the path of every file that the action is going to write besides its announced targets; throws
     /// WORKING_FILE_REFUSAL for one that it must not write.
     void set_working_file_listener(std::function<void(PHYSICAL_PATH const&)> listener) {
@@ -127,6 +130,8 @@ protected:
     /// Tells the host of a file that is no announced target and that the action is about to write, so that it does not
     /// stay behind when the process ends in the middle.
     void announce_working_file(PHYSICAL_PATH const& file);
+    /// Tells the host so before the action runs.
+    void need_working_file(PHYSICAL_PATH const& file) { working_files_.append(file); }
     void add_unlisted_source(LOGICAL_PATH const& source) { unlisted_sources_.append(source); }
     bool is_aborted() const { return aborted_; }
     void set_progress_value(int progress) { progress_ = progress; }
@@ -143,6 +148,7 @@ private:
     QVector<DEPENDENCY> dependencies_;
     QVector<LOGICAL_PATH> unlisted_sources_;
     QVector<REGISTERED_FILE> registered_;
+    QVector<PHYSICAL_PATH> working_files_;
     std::function<void(QString const&)> listener_;
     std::function<void(PHYSICAL_PATH const&)> working_file_listener_;
     bool version_control_failed_ = false;

@@ -115,7 +115,7 @@ TEST(plugin, exports_its_entry_points_and_nothing_else) {
     names.removeAll("");
     names.sort();
     EXPECT_EQ(names, (QStringList{"qt_plugin_instance", "qt_plugin_query_metadata", "zab_create_image_database_action",
-                                  "zab_limit_simd"}));
+                                  "zab_limit_simd", "zab_set_output_root"}));
 }
 
 }  // namespace

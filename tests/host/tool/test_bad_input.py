@@ -1,6 +1,7 @@
 """Every kind of bad input gets one clear line that names the file, the right exit status, and no half-written target."""
 
 import os
+import re
 import unittest
 
 from command_line import RULE, ProjectTest, png, tga
@@ -88,6 +89,18 @@ class BadProjects(ProjectTest):
                      "zab: error: two actions would write working_data/textures/a.dds\n"
                      "  raw_data/a.png: Convert texture (a.png) (zab.toml:3)\n"
                      "  raw_data/a.tga: Convert texture (a.tga) (zab.toml:3)\n")
+
+    def test_a_file_and_a_folder_of_one_name(self):
+        # Whichever of the two comes first, and however many lie in the folder.
+        for inner in ("a", "z"):
+            self.setUp()
+            self.write({"zab.toml": RULE.replace("textures/{dir}", "t") + RULE.replace("textures/{dir}", "t/m.dds/x") +
+                        f'match = "{inner}*"\n', **{f"raw_data/{name}.tga": tga(8, 8) for name in ("m", inner, inner * 2)}})
+            err = self.check(["build"], 2, "")[2]
+            first, second = sorted((f"  raw_data/{name}.tga: Convert texture ({name}.tga)" for name in ("m", inner)))
+            self.assertRegex(err, rf"\Azab: error: working_data/t/m\.dds[^\n]* would be a file and a folder\n"
+                                  rf"{re.escape(first)}[^\n]*\n{re.escape(second)}[^\n]*\n\Z")
+            self.assertFalse((self.folder / "working_data").exists())
 
     def test_two_names_of_one_target(self):
         self.write({"zab.toml": RULE, "raw_data/one/a.tga": tga(8, 8), "raw_data/two/a.tga": tga(8, 8),

@@ -78,16 +78,26 @@ class OthersFiles(StepTest):
                 self.assertEqual(self.files(), ["a", "a.backup"])
                 self.assertEqual([name for name in others if not (self.folder / name).exists()], [])
 
-    def test_a_source_is_no_work_file(self):
+    def test_what_is_there_is_no_work_file(self):
         self.write({"zab.toml": '[[rule]]\nname = "TextureOld"\nTargetPath = "old"\nmatch = "*.tga"\n'
                                 '[[rule]]\nname = "Texture"\nTargetPath = "new"\nmatch = "*.dds"\n',
-                    "raw_data/a.tga": tga(8, 8), "raw_data/a.dds": "a source", "raw_data/b.tga": tga(8, 8)})
+                    **{f"raw_data/{name}.tga": tga(8, 8) for name in ("a", "b", "sub/c", "sub/d")},
+                    "raw_data/a.dds": "a source"})
+        os.symlink("nowhere", self.folder / "raw_data/sub/d.dds")
+        self.check(["build"], 1)
+        self.assertEqual(self.files(), ["old/b.dds", "old/c.dds"])
+        # What is up to date needs no room; what is built again keeps its target while it cannot be made.
+        self.write({"raw_data/sub/c.dds": "nobody's source", "zab.toml": (self.folder / "zab.toml").read_text().replace(
+            '"*.dds"', '"none"')})
+        os.remove(self.folder / "raw_data/sub/d.dds")
         _, _, err = self.check(["build"], 1)
-        line = "@/raw_data/a.dds is a source, and this action needs a file of that name for itself\n"
-        self.assertIn(f"\n{line}", err)
-        self.assertIn(f"\n  raw_data/a.tga: {line}", err)
-        self.assertEqual((self.folder / "raw_data/a.dds").read_text(), "a source")
-        self.assertEqual(self.files(), ["old/b.dds"])
+        self.assertEqual(self.files(), ["old/b.dds", "old/c.dds", "old/d.dds"])
+        _, _, err = self.check(["build", "--force"], 1)
+        for name in ("a", "sub/c"):
+            self.assertIn(f"\nraw_data/{name}.dds is in the way: this action needs a file of that name for itself\n", err)
+        self.assertEqual(self.files(), ["old/b.dds", "old/c.dds", "old/d.dds"])
+        self.assertEqual([(self.folder / f"raw_data/{name}.dds").read_text() for name in ("a", "sub/c")],
+                         ["a source", "nobody's source"])
 
 
 class RandomMoments(ProjectTest):

@@ -41,4 +41,26 @@ TEST(replace_file, takes_names_of_every_length) {
     std::filesystem::remove_all(folder.path());
 }
 
+TEST(replace_file, two_who_write_one_target_never_mix) {
+    platform_test::TEMPORARY_FILE const target(".dds");
+    std::vector<std::uint8_t> const first(100000, 1);
+    std::vector<std::uint8_t> const second(100000, 2);
+    std::string cause;
+    {
+        auto one = QE::OUTPUT_FILE::open(target.path(), cause);
+        ASSERT_TRUE(one && one->write(first, cause)) << cause;
+        auto other = QE::OUTPUT_FILE::open(target.path(), cause);
+        ASSERT_TRUE(other) << cause;
+        ASSERT_TRUE(other->write(std::span(second).first(4), cause)) << cause;
+        EXPECT_FALSE(one->commit(cause));
+        EXPECT_EQ(cause, "another program writes the same file");
+        EXPECT_FALSE(std::filesystem::exists(target.path()));
+        ASSERT_TRUE(other->commit(cause)) << cause;
+    }
+    EXPECT_EQ(std::filesystem::file_size(target.path()), 4U);
+    EXPECT_FALSE(QE::replace_file(target.path(), second, cause, QE::EARLIER_FILE::kept));
+    EXPECT_EQ(std::filesystem::file_size(target.path()), 4U);
+    EXPECT_FALSE(std::filesystem::exists(QE::unfinished_file(target.path())));
+}
+
 }  // namespace

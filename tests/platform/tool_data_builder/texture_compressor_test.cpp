@@ -58,6 +58,10 @@ TEST_F(TEXTURE_COMPRESSOR_RUN, one_tga) {
     EXPECT_TRUE(compressor.process_tga(L"sub", nullptr, folder.path("holes.tga").toStdWString(), true, false, false));
     EXPECT_EQ(described("sub/holes.dds"), "DXT5 6x8/1");
     EXPECT_TRUE(messages.isEmpty()) << messages.join('|').toStdString();
+    // Somebody may have put it there.
+    EXPECT_FALSE(compressor.process_tga(L"", &other, L"holes.tga", false, true, false));
+    EXPECT_EQ(described("other.dds"), "DXT5 8x8/4");
+    messages.clear();
 
     std::string cause;
     auto const picture = IMAGE_LOADER::load_picture(folder.path("sub/holes.dds").toStdString(), 0, 0, cause);
