@@ -51,6 +51,8 @@ bool ACTION_DDS::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& targe
     TOOLDATABUILDER::TEXTURE_COMPRESSOR compressor{QE::UniString()};
     bool converted = compressor.process_tga(QE::UniString(), nullptr, wide(source), false, true, forbid_dxt1_);
     if (converted) {
+        // It is there: the host learns which file it is.
+        announce_working_file(PHYSICAL_PATH(work_file));
         QFile::remove(target);
         converted = move_file(work_file, target);
     }

@@ -39,8 +39,10 @@ public:
     void forget(PLANNED_ACTION const& planned, RECORDED_ACTION::END end);
     /// Whether another action of the plan, as it ran last, has made this file without announcing it.
     bool is_registered_by_another(PLANNED_ACTION const& planned, QString const& file);
-    /// The end of a build: what is still to be written is. One warning says so if that failed.
+    /// The end of a build: what is still to be written is. An error says so if that failed.
     void finish();
+    /// Whether all could be read and written down so far.
+    bool is_sound() const { return store_.error().isEmpty(); }
 
     struct STALE_TARGET {
         LOGICAL_PATH path;

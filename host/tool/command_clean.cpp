@@ -1,6 +1,7 @@
 // zab clean: removes what a build makes: the targets of the current plan, and the build state. With --stale it removes
 // what earlier builds made and no action makes any more, and nothing else.
 #include "host/tool/open_plan.hpp"
+#include "host/tool/plugin_call.hpp"
 #include "host/tool/project_lock.hpp"
 #include "host/tool/target_guard.hpp"
 #include "processor/host/paths.hpp"
@@ -58,7 +59,7 @@ private:
         }
         if (!dry_run_)
             opened.state->finish();
-        return EXIT_CODE::success;
+        return opened.state->is_sound() ? EXIT_CODE::success : EXIT_CODE::environment;
     }
 
     EXIT_CODE clean_all(CONTEXT& context) {
@@ -69,7 +70,13 @@ private:
         if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
             return code;
         // Removing needs no order, and what two actions claim is a target all the same.
-        PLAN const plan = make_plan(session);
+        PLAN plan;
+        EXIT_CODE const code = call_plugin(session.plugin_file(), context.console, [&] {
+            plan = make_plan(session);
+            return EXIT_CODE::success;
+        });
+        if (code != EXIT_CODE::success)
+            return code;
         BUILD_STATE state(session, context.console);
         state.open(plan);
         TARGET_GUARD guard(session.project().working);
@@ -106,10 +113,7 @@ private:
     }
 
     void remove_state(CONSOLE& console, QString const& path) {
-        QFileInfo const info(path);
-        if (info.isSymLink())
-            note(console, path, dry_run_ || QFile::remove(path));
-        else if (info.isDir())
+        if (QFileInfo(path).isDir())
             note(console, path, dry_run_ || QDir(path).removeRecursively());
     }
 

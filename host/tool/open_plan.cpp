@@ -1,6 +1,7 @@
 #include "host/tool/open_plan.hpp"
 
 #include "host/framework/printable.hpp"
+#include "host/tool/plugin_call.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QFileInfo>
@@ -60,13 +61,20 @@ EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::stri
     std::vector<QString> wanted;
     if (EXIT_CODE const code = find_paths(context, opened.session, paths, wanted); code != EXIT_CODE::success)
         return code;
-    opened.plan = make_plan(opened.session);
+    EXIT_CODE const code = call_plugin(opened.session.plugin_file(), context.console, [&] {
+        opened.plan = make_plan(opened.session);
+        return EXIT_CODE::success;
+    });
+    if (code != EXIT_CODE::success)
+        return code;
     for (QString const& conflict : opened.plan->conflicts)
         context.console.error(conflict);
     if (!opened.plan->conflicts.empty())
         return EXIT_CODE::wrong_use;
     opened.state = std::make_unique<BUILD_STATE>(opened.session, context.console);
     opened.state->open(*opened.plan);
+    if (!opened.state->is_sound())
+        return EXIT_CODE::environment;
     if (!wanted.empty()) {
         restrict_plan(*opened.plan, wanted);
         if (opened.plan->actions.empty())

@@ -114,7 +114,8 @@ public:
     int progress_max() const { return progress_max_; }
     /// Called with every line as it is added, on the action's thread.
     void set_line_listener(std::function<void(QString const&)> listener) { listener_ = std::move(listener); }
-    /// Called with the path of every file that the action is going to write besides its announced targets.
+    /// Called with the path of every file that the action is going to write besides its announced targets, or has
+    /// written.
     void set_working_file_listener(std::function<void(PHYSICAL_PATH const&)> listener) {
         working_file_listener_ = std::move(listener);
     }
@@ -122,7 +123,8 @@ public:
 protected:
     void add_output_line(QString const& line);
     /// Tells the host of a file that is no announced target and that the action is about to write, so that it does not
-    /// stay behind when the process ends in the middle.
+    /// stay behind when the process ends in the middle. Told once more when the file is there, the host knows it again:
+    /// from the raw folder it takes nothing away that it does not know.
     void announce_working_file(PHYSICAL_PATH const& file);
     bool is_aborted() const { return aborted_; }
     void set_progress_value(int progress) { progress_ = progress; }
