@@ -148,6 +148,17 @@ class Limits(StepTest):
         self.assertEqual((run.returncode, run.stderr.splitlines()[1:]), (
             3, ["zab: error: @/.zab/running cannot be written: File too large".replace("@", str(self.folder))]))
 
+    def test_a_full_disk(self):
+        self.write({"zab.toml": RULE, "working_data/": "",
+                    **{f"raw_data/{i}.tga": tga(256, 256) if i % 2 else tga(128, 64) for i in range(6)}})
+        for size in (100, 600):
+            run = subprocess.run(["unshare", "-m", "sh", "-c", f'mount -t tmpfs -o size={size}k none working_data || exit 9\n'
+                                  'for i in 1 2 3; do "$@"; echo $?; done', "sh", os.path.abspath(ZAB), "build", "-q", "-j2"],
+                                 cwd=self.folder, capture_output=True, text=True, timeout=60)
+            if not run.stdout:
+                self.skipTest("no disk can be mounted here")
+            self.assertEqual(run.stdout.split(), ["3"] * 3, run.stderr)
+
     def test_closed_streams(self):
         self.prepare({"a": "noise x\nmakes a\nfail"})
         for closed in ("<&- >&- 2>&-", ">&-", "2>&-", "<&-"):
