@@ -19,6 +19,7 @@
 #include <new>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -29,9 +30,14 @@ bool is_known(PHYSICAL_PATH const& path, FILE_MAP const& files) {
     return files.contains(PATHS::logical_path(path));
 }
 
+bool is_file(PHYSICAL_PATH const& path) {
+    return QFileInfo(path.text()).isFile();
+}
+
 }  // namespace
 
-/// One run of the action. What it has written is gone again when it ends without having finished.
+/// One run of the action. What it has written is gone again when it ends without having finished; Targa files are gone
+/// in any case.
 class ACTION_ATLAS::RUN {
 public:
     RUN(ACTION_ATLAS& action, FILE_MAP const& files) : action_(action), files_(files) {}
@@ -39,7 +45,7 @@ public:
     RUN& operator=(RUN const&) = delete;
 
     ~RUN() {
-        for (PHYSICAL_PATH const& file : qAsConst(unfinished_))
+        for (PHYSICAL_PATH const& file : targas_ + unfinished_)
             QFile::remove(file);
     }
 
@@ -48,16 +54,19 @@ public:
         std::optional<std::string> const index = save_pages();
         if (!index)
             return false;
-        begin(action_.index_path());
+        begin(action_.index_path(), unfinished_);
         if (!write_atlas_index(action_, action_.index_path(), *index)) {
-            for (int i = 0; i < page_count_; ++i)
-                action_.revert_from_perforce(action_.page_path(i, ".dds"), files_);
-            action_.revert_from_perforce(action_.index_path(), files_);
+            revert();
             return false;
         }
         if (!compress_pages())
             return false;
-        register_pages();
+        for (PAGE const& page : pages_) {
+            if (page.is_made)
+                action_.add_to_perforce(page.path, files_, false, {});
+            else
+                action_.remove_from_perforce(page.path, files_);
+        }
         action_.add_to_perforce(action_.index_path(), files_, false, {});
         if (action_.version_control_failed())
             return false;
@@ -68,11 +77,27 @@ public:
 private:
     using SOURCES = std::vector<std::unique_ptr<ATLAS_SOURCE_TEXTURE>>;
 
+    struct PAGE {
+        PHYSICAL_PATH path;
+        /// Else an earlier build left it.
+        bool is_made;
+    };
+
     // The host hears of every file before it is written: pages are not announced before the run, and a process that is
     // killed takes back nothing by itself.
-    void begin(PHYSICAL_PATH const& file) {
+    void begin(PHYSICAL_PATH const& file, QVector<PHYSICAL_PATH>& files) {
         action_.announce_working_file(file);
-        unfinished_.append(file);
+        files.append(file);
+    }
+
+    /// The atlas of before as version control has it. What it brings back stays; an index that it does not know goes,
+    /// since the pages of that one are gone.
+    void revert() {
+        QFile::remove(action_.index_path());
+        unfinished_.clear();
+        for (int i = 0; i < page_count_; ++i)
+            action_.revert_from_perforce(action_.page_path(i, ".dds"), files_);
+        action_.revert_from_perforce(action_.index_path(), files_);
     }
 
     void remove_earlier_pages() {
@@ -128,8 +153,11 @@ private:
         QDir().mkpath(base.section(QLatin1Char('/'), 0, -2));
         for (auto const& pages : builder.groups())
             page_count_ = std::max(page_count_, static_cast<int>(pages.size()));
-        for (int i = 0; i < page_count_; ++i)
-            begin(action_.page_path(i, ".tga"));
+        for (int i = 0; i < page_count_; ++i) {
+            begin(action_.page_path(i, ".tga"), targas_);
+            // What stands there afterwards is a page that was saved.
+            QFile::remove(action_.page_path(i, ".tga"));
+        }
         builder.save_all(native_file_path(base));
         return atlas_index_text(groups, base.section(QLatin1Char('/'), -1).toLatin1().toStdString(),
                                 options.is_set(ATLAS_OPTION::half_texel));
@@ -158,13 +186,25 @@ private:
         return true;
     }
 
+    /// A page that could not be saved is no failure: the builder has told of it, it goes out of version control if an
+    /// earlier build had it, and the work goes on with the next as long as earlier builds had as many, else ends there.
+    /// Whether an atlas with a page missing is of use is for the host to say, which reads the index.
+    ///
+    /// Pages are registered once all are there: one that cannot be compressed takes the others with it, and none of
+    /// them must stay behind in version control.
     bool compress_pages() {
-        for (int i = 0; i < page_count_; ++i) {
-            if (action_.is_aborted())
-                return false;
+        for (int i = 0;; ++i) {
             PHYSICAL_PATH const page = action_.page_path(i, ".dds");
             PHYSICAL_PATH const targa = action_.page_path(i, ".tga");
-            begin(page);
+            bool const is_saved = i < page_count_ && is_file(targa);
+            if (!is_saved && i >= old_page_count_)
+                return true;
+            pages_.push_back({page, is_saved});
+            if (!is_saved)
+                continue;
+            if (action_.is_aborted())
+                return false;
+            begin(page, unfinished_);
             if (!compress_page(targa, page)) {
                 action_.add_output_line(QStringLiteral("Failed to compress ") + targa);
                 return false;
@@ -172,16 +212,6 @@ private:
             QFile::remove(targa);
             action_.set_progress_value(loading_progress + (i + 1) * (whole_progress - loading_progress) / page_count_);
         }
-        return true;
-    }
-
-    // Once all pages are there: one that fails takes the others with it, and none of them must stay behind in version
-    // control. What an earlier, larger build left is removed from it.
-    void register_pages() {
-        for (int i = 0; i < page_count_; ++i)
-            action_.add_to_perforce(action_.page_path(i, ".dds"), files_, false, {});
-        for (int i = page_count_; i < old_page_count_; ++i)
-            action_.remove_from_perforce(action_.page_path(i, ".dds"), files_);
     }
 
     bool compress_page(PHYSICAL_PATH const& targa, PHYSICAL_PATH const& page) {
@@ -196,6 +226,8 @@ private:
     FILE_MAP const& files_;
     int old_page_count_ = 0;
     int page_count_ = 0;
+    std::vector<PAGE> pages_;
+    QVector<PHYSICAL_PATH> targas_;
     QVector<PHYSICAL_PATH> unfinished_;
 };
 
@@ -260,8 +292,4 @@ PHYSICAL_PATH ACTION_ATLAS::page_path(int index, char const* extension) const {
 
 PHYSICAL_PATH ACTION_ATLAS::index_path() const {
     return PHYSICAL_PATH(base_.text() + QLatin1String(".tai"));
-}
-
-void ACTION_ATLAS::add_output_line(QString line) {
-    ACTION_INTERFACE::add_output_line(line);
 }

@@ -2,13 +2,15 @@
 // "<base>.tai". Pages are first made as Targa files and then compressed like any other texture.
 #pragma once
 
-#include "dds/output_line_sink.hpp"
+#include "dds/action_line_sink.hpp"
 #include "processor/host/action_convert.hpp"
 
 #include <cstdint>
 
-class ACTION_ATLAS : public ACTION_CONVERT, public OUTPUT_LINE_SINK {
+class ACTION_ATLAS : public ACTION_CONVERT, public ACTION_LINE_SINK<ACTION_ATLAS> {
 public:
+    using ACTION_LINE_SINK::add_output_line;
+
     /// `base` is the target's path without an extension; width and height limit the pages.
     ACTION_ATLAS(PHYSICAL_PATH const& base, std::int32_t width, std::int32_t height, PROCESSOR_INTERFACE& processor);
 
@@ -21,7 +23,6 @@ public:
     void get_affected_files(QVector<LOGICAL_PATH>& sources, QVector<TARGET_FILE>& targets, QDateTime& newest,
                             FILE_MAP const& files, RULE_CACHE const& rules) override;
     STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) override;
-    void add_output_line(QString line) override;
 
 private:
     class RUN;

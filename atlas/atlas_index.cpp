@@ -3,6 +3,9 @@
 #include "atlas/native_file_path.hpp"
 #include "platform/qe/replace_file.hpp"
 
+#include <QFileInfo>
+#include <QTemporaryFile>
+
 #include <array>
 #include <charconv>
 #include <string_view>
@@ -118,6 +121,12 @@ std::string line(ATLAS_SOURCE_TEXTURE const& texture, float half_texel) {
     return text + '\n';
 }
 
+/// A new file beside it is opened in its stead: what stands there is replaced only when all is written.
+bool can_be_opened(QString const& path) {
+    QTemporaryFile beside(path.section(QLatin1Char('/'), 0, -2) + QStringLiteral("/XXXXXX.part"));
+    return !QFileInfo(path).isDir() && beside.open();
+}
+
 }  // namespace
 
 std::string atlas_index_text(std::map<D3D_FORMAT, ATLAS_GROUP> const& groups, std::string const& base_name,
@@ -139,12 +148,14 @@ std::string atlas_index_text(std::map<D3D_FORMAT, ATLAS_GROUP> const& groups, st
 
 bool write_atlas_index(OUTPUT_LINE_SINK& sink, QString const& path, std::string const& text) {
     std::string cause;
-    if (!QE::replace_file(native_file_path(path), {reinterpret_cast<std::uint8_t const*>(text.data()), text.size()},
-                          cause)) {
+    bool const is_opened = can_be_opened(path);
+    if (is_opened)
+        sink.add_output_line(QStringLiteral("Saving file: ") + path);
+    if (!is_opened || !QE::replace_file(native_file_path(path),
+                                        {reinterpret_cast<std::uint8_t const*>(text.data()), text.size()}, cause)) {
         sink.add_output_line(QStringLiteral("*** Error: Unable to open file \"") + path +
                              QStringLiteral("\" for writing!"));
         return false;
     }
-    sink.add_output_line(QStringLiteral("Saving file: ") + path);
     return true;
 }

@@ -14,6 +14,6 @@
 std::string atlas_index_text(std::map<D3D_FORMAT, ATLAS_GROUP> const& groups, std::string const& base_name,
                              bool has_half_texel);
 
-/// Writes the text under the path. One line to the sink: that the file is saved, or, with false, that it cannot be
-/// written; what was there before is then as it was.
+/// Writes the text under the path. A line to the sink says that the file is being saved, once it can be opened; with
+/// false another one says that it cannot be written, and what was there before is as it was.
 bool write_atlas_index(OUTPUT_LINE_SINK& sink, QString const& path, std::string const& text);

@@ -10,21 +10,25 @@
 #include <array>
 #include <bit>
 #include <fstream>
+#include <system_error>
 #include <utility>
 
 namespace {
 
 using IMAGE_LOADER::IMAGE;
 
-/// Whether the file is a DDS of more than one picture.
+/// Whether the file is a DDS of more than one picture, and all of it is there.
 bool holds_many_pictures(std::filesystem::path const& path) {
     std::array<char, dds_container::dx10_header_size> header = {};
     std::ifstream file(path, std::ios::binary);
     file.read(header.data(), header.size());
+    std::error_code error;
+    std::uint64_t const size = std::filesystem::file_size(path, error);
     std::string cause;
     auto const description = dds_container::read_dds_header(
         {reinterpret_cast<std::uint8_t const*>(header.data()), static_cast<std::size_t>(file.gcount())}, cause);
-    return description && (description->is_cube || description->is_volume || description->array_size > 1);
+    return description && (description->is_cube || description->is_volume || description->array_size > 1) && !error &&
+           dds_container::payload_size(*description) <= size - description->header_size();
 }
 
 PIXEL_BUFFER with_all_levels(PIXEL_BUFFER const& top) {

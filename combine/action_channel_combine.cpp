@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSet>
 
 #include <exception>
 #include <new>
@@ -90,6 +91,10 @@ private:
     }
 
     BITMAP read(QString const& path, FILE_MAP const& files) {
+        if (unreadable_.contains(path)) {
+            fail(QStringLiteral("Failed to load: ") + path);
+            return nullptr;
+        }
         FREE_IMAGE_FORMAT const format = format_of_name(path);
         if (format == FIF_UNKNOWN) {
             fail(QStringLiteral("Unknown image file format: ") + path);
@@ -100,8 +105,9 @@ private:
             fail(QStringLiteral("Source file not found: ") + path);
             return nullptr;
         }
-        BITMAP const loaded = load_freeimage_bitmap(format, QFile::encodeName(entry->physical_path));
+        BITMAP const loaded = load_freeimage_bitmap(format, entry->physical_path);
         if (!loaded) {
+            unreadable_.insert(path);
             fail(QStringLiteral("Failed to load: ") + path);
             return nullptr;
         }
@@ -114,6 +120,8 @@ private:
     OUTPUT_LINE_SINK& sink_;
     PATHS_OF_CHANNELS const& sources_;
     std::array<BITMAP, ACTION_CHANNEL_COMBINE::channel_count> bitmaps_;
+    /// Told for each channel, and not read again: FreeImage would say its part once more.
+    QSet<QString> unreadable_;
     unsigned width_ = 0;
     unsigned height_ = 0;
     bool failed_ = false;
@@ -182,11 +190,7 @@ bool ACTION_CHANNEL_COMBINE::combine_to(PHYSICAL_PATH const& target, FILE_MAP co
     if (combination.failed())
         return false;
     QDir().mkpath(target.section(QLatin1Char('/'), 0, -2));
-    if (!save_freeimage_bitmap(format, output.get(), QFile::encodeName(target)))
+    if (!save_freeimage_bitmap(*this, format, output.get(), target))
         combination.fail(QStringLiteral("Failed to save: ") + target);
     return !combination.failed();
-}
-
-void ACTION_CHANNEL_COMBINE::add_output_line(QString line) {
-    ACTION_INTERFACE::add_output_line(line);
 }

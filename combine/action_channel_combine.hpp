@@ -2,13 +2,15 @@
 // one for each channel. Each source is levelled on the way. Used for blend maps, which other tools read.
 #pragma once
 
-#include "dds/output_line_sink.hpp"
+#include "dds/action_line_sink.hpp"
 #include "processor/host/action_convert.hpp"
 
 #include <array>
 
-class ACTION_CHANNEL_COMBINE : public ACTION_CONVERT, public OUTPUT_LINE_SINK {
+class ACTION_CHANNEL_COMBINE : public ACTION_CONVERT, public ACTION_LINE_SINK<ACTION_CHANNEL_COMBINE> {
 public:
+    using ACTION_LINE_SINK::add_output_line;
+
     static constexpr std::size_t channel_count = 4;
 
     /// No channel has a source yet.
@@ -23,7 +25,6 @@ public:
     /// While it runs, FreeImage's messages in the whole process are lines of this action: two of these actions must not
     /// run at the same time.
     STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) override;
-    void add_output_line(QString line) override;
 
 private:
     bool combine_to(PHYSICAL_PATH const& target, FILE_MAP const& files, RULE_CACHE const& rules);

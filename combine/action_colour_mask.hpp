@@ -10,10 +10,12 @@ public:
     /// `numbered`: "_mask1.tga" to "_mask4.tga"; else the colour masks.
     ACTION_COLOUR_MASK(PHYSICAL_PATH const& stem, bool numbered, PROCESSOR_INTERFACE& processor);
 
-protected:
-    /// Whether there is a fourth mask, the file table decides, not the disk.
-    bool make_target(FILE_MAP const& files, RULE_CACHE const& rules) override;
+    STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) override {
+        return run_with([&] { return make_target(files, rules); }, files);
+    }
 
 private:
+    /// Whether there is a fourth mask, the file table decides, not the disk.
+    bool make_target(FILE_MAP const& files, RULE_CACHE const& rules);
     bool numbered_;
 };

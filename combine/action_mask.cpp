@@ -11,7 +11,8 @@ QLatin1String const action_name("Convert mask texture");
 
 }  // namespace
 
-// Of colour masks the third is listed twice and the fourth never, although it is read: deliberate.
+// Of colour masks the third is listed twice and the fourth never, although it is read: deliberate. The host hears of it
+// in another way, so that a change of it is not missed.
 ACTION_MASK::ACTION_MASK(PHYSICAL_PATH const& stem, bool numbered, PROCESSOR_INTERFACE& processor)
     : STEM_ACTION(stem, processor, action_name,
                   {{mask_suffixes(numbered)[0]},
@@ -20,6 +21,8 @@ ACTION_MASK::ACTION_MASK(PHYSICAL_PATH const& stem, bool numbered, PROCESSOR_INT
                    {mask_suffixes(numbered)[numbered ? 3 : 2], true}}),
       numbered_(numbered) {
     set_target_filename(mask_target_name(stem, numbered));
+    if (!numbered)
+        add_unlisted_source(logical_path_of(mask_suffixes(numbered)[3]));
 }
 
 bool ACTION_MASK::make_target(FILE_MAP const&, RULE_CACHE const& rules) {

@@ -57,7 +57,7 @@ void STEM_ACTION::get_source_files(QVector<LOGICAL_PATH>& sources, FILE_MAP cons
     }
 }
 
-ACTION_INTERFACE::STATUS STEM_ACTION::run(FILE_MAP const& files, RULE_CACHE const& rules) {
+ACTION_INTERFACE::STATUS STEM_ACTION::run_with(std::function<bool()> const& make_target, FILE_MAP const& files) {
     if (!error().isEmpty()) {
         add_output_line(error());
         return STATUS_FAILED;
@@ -65,7 +65,7 @@ ACTION_INTERFACE::STATUS STEM_ACTION::run(FILE_MAP const& files, RULE_CACHE cons
     PHYSICAL_PATH const target = get_target();
     FILE_STATE const before(target);
     try {
-        if (!make_target(files, rules))
+        if (!make_target())
             return STATUS_FAILED;
     } catch (std::exception const& exception) {
         bool const is_memory = dynamic_cast<std::bad_alloc const*>(&exception) != nullptr;
@@ -79,7 +79,8 @@ ACTION_INTERFACE::STATUS STEM_ACTION::run(FILE_MAP const& files, RULE_CACHE cons
         add_output_line(QStringLiteral("Unexpected error"));
         return STATUS_FAILED;
     }
-    if (!QFile::exists(target)) {
+    // A folder of that name is no target.
+    if (!QFileInfo(target.text()).isFile()) {
         add_output_line(QStringLiteral("Failed to convert!"));
         return STATUS_FAILED;
     }
@@ -89,10 +90,6 @@ ACTION_INTERFACE::STATUS STEM_ACTION::run(FILE_MAP const& files, RULE_CACHE cons
     set_progress_value(progress_max());
     add_output_line(QStringLiteral("Done."));
     return STATUS_SUCCEEDED;
-}
-
-void STEM_ACTION::add_output_line(QString line) {
-    ACTION_INTERFACE::add_output_line(line);
 }
 
 LOGICAL_PATH STEM_ACTION::logical_path_of(QLatin1String suffix) const {

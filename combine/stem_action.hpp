@@ -3,22 +3,22 @@
 // the texture, the target file that stands there afterwards decides between success and failure.
 #pragma once
 
-#include "dds/output_line_sink.hpp"
+#include "dds/action_line_sink.hpp"
 #include "dds/texture_rules.hpp"
 #include "platform/qe/image32.hpp"
 #include "processor/host/action_convert.hpp"
 
 #include <QLatin1String>
 
+#include <functional>
 #include <vector>
 
-class STEM_ACTION : public ACTION_CONVERT, public OUTPUT_LINE_SINK {
+class STEM_ACTION : public ACTION_CONVERT, public ACTION_LINE_SINK<STEM_ACTION> {
 public:
+    using ACTION_LINE_SINK::add_output_line;
+
     QString get_name(bool detailed) override;
     void get_source_files(QVector<LOGICAL_PATH>& sources, FILE_MAP const& files) override;
-    /// Makes the target and registers it.
-    STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) final;
-    void add_output_line(QString line) override;
 
 protected:
     struct STEM_SOURCE {
@@ -30,9 +30,10 @@ protected:
     STEM_ACTION(PHYSICAL_PATH const& stem, PROCESSOR_INTERFACE& processor, QLatin1String name,
                 std::vector<STEM_SOURCE> sources);
 
-    /// Tries to write the target. False after lines that say why nothing was tried; true leaves the decision to the
-    /// target file.
-    virtual bool make_target(FILE_MAP const& files, RULE_CACHE const& rules) = 0;
+    /// A run: has the target made and registers it. `make_target` tries to write it and returns false after lines that
+    /// say why nothing was tried; true leaves the decision to the target file. It is no virtual operation, since the
+    /// table of those ends with the contract's.
+    STATUS run_with(std::function<bool()> const& make_target, FILE_MAP const& files);
 
     LOGICAL_PATH logical_path_of(QLatin1String suffix) const;
     /// The path of the file table's entry for the stem's file of this suffix, with as many characters cut off its end

@@ -106,7 +106,3 @@ bool ACTION_DDS_N::convert_source(PHYSICAL_PATH const& source, PHYSICAL_PATH con
     bool const is_tga = source.text().endsWith(QLatin1String(".tga"), Qt::CaseInsensitive);
     return is_tga ? compress_tga(*this, rules, source, target) : compress_other(*this, rules, source, target);
 }
-
-void ACTION_DDS_N::add_output_line(QString line) {
-    ACTION_INTERFACE::add_output_line(line);
-}

@@ -51,18 +51,17 @@ bool ACTION_FREEIMAGE::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const&
         add_output_line(QStringLiteral("Unknown image file format: ") + format_);
         return false;
     }
-    FREEIMAGE_BITMAP bitmap = load_freeimage_bitmap(source_format, source_path);
+    FREEIMAGE_BITMAP bitmap = load_freeimage_bitmap(source_format, source);
     if (!bitmap) {
         add_output_line(QStringLiteral("Failed to load ") + source);
         return false;
     }
-    if (target_format == FIF_JPEG && FreeImage_GetBPP(bitmap.get()) != jpeg_bits_per_texel)
-        bitmap.reset(FreeImage_ConvertTo24Bits(bitmap.get()));
-    if (!save_freeimage_bitmap(target_format, bitmap.get(), QFile::encodeName(target))) {
-        add_output_line(QStringLiteral("Failed to save ") + target);
-        return false;
+    if (target_format == FIF_JPEG && FreeImage_GetBPP(bitmap.get()) != jpeg_bits_per_texel) {
+        // Not all types of texels can be converted this way.
+        if (FREEIMAGE_BITMAP converted{FreeImage_ConvertTo24Bits(bitmap.get())})
+            bitmap = std::move(converted);
     }
-    return true;
+    return save_freeimage_bitmap(lines, target_format, bitmap.get(), target);
 }
 
 void ACTION_FREEIMAGE::freeimage_output(QString const& message) {

@@ -69,7 +69,7 @@ bool compress_image(OUTPUT_LINE_SINK& sink, TEXTURE_RULES const& rules, bool is_
         chain = make_one_bit_alpha_chain(working, rules.need_gamma_correction);
 
     if (is_routed_to_d3d(format->dxgi))
-        return compress_with_d3d(sink, target, format->dxgi, working, rules.need_gamma_correction);
+        return compress_with_d3d(sink, target, format->dxgi, working, rules.need_gamma_correction, false);
     BACK_END_SETTINGS settings;
     settings.format = format->nvtt;
     settings.format_name = rules.compression_format;
@@ -81,8 +81,7 @@ bool compress_image(OUTPUT_LINE_SINK& sink, TEXTURE_RULES const& rules, bool is_
     settings.mip_filter = rules.mip_filter;
     settings.fastest_quality = rules.fastest_quality;
     settings.l8_name = format->l8_name;
-    // The ATI back-end has no use for ready levels of a single-level image: it makes them itself.
     if (rules.compressor == COMPRESSOR_TYPE::ATI)
-        return compress_with_ati(sink, target, settings, working);
+        return compress_with_ati(sink, target, settings, working, chain);
     return compress_with_nvtt(sink, target, settings, working, chain);
 }

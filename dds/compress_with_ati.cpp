@@ -69,7 +69,7 @@ TOOLDATABUILDER::AMD_TC_CompressOptions library_options(BACK_END_SETTINGS const&
 }  // namespace
 
 bool compress_with_ati(OUTPUT_LINE_SINK& sink, PHYSICAL_PATH const& target, BACK_END_SETTINGS const& settings,
-                       IMAGE const& image) {
+                       IMAGE const& image, std::vector<IMAGE> const& /*chain*/) {
     if (!settings.mipmaps) {
         sink.add_output_line(QStringLiteral("ATI compressor does not support not generating mipmaps"));
         return false;

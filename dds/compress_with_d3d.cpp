@@ -1,7 +1,9 @@
 #include "dds/compress_with_d3d.hpp"
 
+#include "dds/gamma_curve.hpp"
 #include "platform/directxtex/directxtex.hpp"
 
+#include <cmath>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -32,6 +34,18 @@ void copy_top_level(IMAGE const& image, DirectX::Image const& target) {
     std::uint8_t const* row = image.level(0).data();
     for (std::uint32_t y = 0; y < IMAGE_LOADER::surface_rows(image.texel_format(), image.height()); ++y) {
         std::memcpy(target.pixels + y * target.rowPitch, row + y * row_pitch, row_bytes);
+    }
+}
+
+/// Four 8-bit channels, alpha last.
+void make_linear(DirectX::Image const& image) {
+    GAMMA_CURVE const& curve = GAMMA_CURVE::standard();
+    for (std::size_t y = 0; y < image.height; ++y) {
+        std::uint8_t* const row = image.pixels + y * image.rowPitch;
+        for (std::size_t at = 0; at < 4 * image.width; ++at) {
+            if (at % 4 != 3)
+                row[at] = static_cast<std::uint8_t>(std::lround(255.0F * curve.to_linear(row[at])));
+        }
     }
 }
 
@@ -67,12 +81,14 @@ HRESULT compress(DirectX::ScratchImage const& chain, DXGI_CHOICE format, bool ne
 
 /// Everything between the two calls to COM; the line that says why it failed, or null.
 char const* write_compressed(PHYSICAL_PATH const& target, DXGI_CHOICE format, IMAGE const& image,
-                             bool need_gamma_correction) {
+                             bool need_gamma_correction, bool convert_colour_space) {
     using namespace DirectX;
     ScratchImage base;
     if (FAILED(base.Initialize2D(dxgi_format_of(image.texel_format()), image.width(), image.height(), 1, 1)))
         return "Couldn't create texture";
     copy_top_level(image, *base.GetImage(0, 0, 0));
+    if (convert_colour_space)
+        make_linear(*base.GetImage(0, 0, 0));
 
     ScratchImage chain;
     TEX_FILTER_FLAGS const filter = need_gamma_correction ? TEX_FILTER_BOX | TEX_FILTER_SRGB : TEX_FILTER_BOX;
@@ -94,12 +110,13 @@ char const* write_compressed(PHYSICAL_PATH const& target, DXGI_CHOICE format, IM
 }  // namespace
 
 bool compress_with_d3d(OUTPUT_LINE_SINK& sink, PHYSICAL_PATH const& target, DXGI_CHOICE format, IMAGE const& image,
-                       bool need_gamma_correction) {
+                       bool need_gamma_correction, bool convert_colour_space) {
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
         sink.add_output_line(QStringLiteral("Couldn't initialize COM"));
         return false;
     }
-    if (char const* const failure = write_compressed(target, format, image, need_gamma_correction)) {
+    if (char const* const failure =
+            write_compressed(target, format, image, need_gamma_correction, convert_colour_space)) {
         // Deliberate: after a failure the thread stays initialised.
         sink.add_output_line(QLatin1String(failure));
         return false;

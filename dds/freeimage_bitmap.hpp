@@ -1,21 +1,19 @@
-// FreeImage's bitmaps as values, and the one way in which this library's actions load and save them.
+// The one way in which this library's actions load and save images through FreeImage.
 #pragma once
 
-#include <QByteArray>
+#include "dds/output_line_sink.hpp"
+#include "platform/image_loader/freeimage_bitmap.hpp"
 
-#include <FreeImage.h>
+#include <QString>
 
-#include <memory>
+using IMAGE_LOADER::FREEIMAGE_BITMAP;
 
-struct FREEIMAGE_UNLOAD {
-    void operator()(FIBITMAP* bitmap) const { FreeImage_Unload(bitmap); }
-};
-using FREEIMAGE_BITMAP = std::unique_ptr<FIBITMAP, FREEIMAGE_UNLOAD>;
+/// Loads the file with default flags; null when it cannot be read, is cut short or has sides beyond the bounds for
+/// images. FreeImage says no more than once what it has to say of one file.
+FREEIMAGE_BITMAP load_freeimage_bitmap(FREE_IMAGE_FORMAT format, QString const& path);
 
-/// Loads the file with default flags; null when it cannot be read or its sides are beyond the bounds of
-/// `dds_container`. The header is looked at first where the format allows it: a few bytes must not ask for all memory.
-FREEIMAGE_BITMAP load_freeimage_bitmap(FREE_IMAGE_FORMAT format, QByteArray const& path);
-
-/// Writes the file with default flags, whole or not at all; false when it cannot be written or `bitmap` is null. The
-/// file is coded in memory first: writing by itself, FreeImage does not notice a disk that is full.
-bool save_freeimage_bitmap(FREE_IMAGE_FORMAT format, FIBITMAP* bitmap, QByteArray const& path);
+/// Writes the file with default flags, whole or not at all; false when it cannot be written or `bitmap` is null. Texels
+/// that FreeImage cannot write to such a file are narrowed to eight bits a channel; transparency is never dropped.
+/// FreeImage tells why it cannot write a file by a message; where it is not asked, the line that stands for it goes to
+/// `sink`. Throws std::bad_alloc.
+bool save_freeimage_bitmap(OUTPUT_LINE_SINK& sink, FREE_IMAGE_FORMAT format, FIBITMAP* bitmap, QString const& path);

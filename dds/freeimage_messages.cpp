@@ -3,16 +3,19 @@
 #include <FreeImage.h>
 
 #include <mutex>
+#include <set>
+#include <string>
 
 namespace {
 
-/// Guards the pointer and keeps the sink alive while it is told something.
+/// Guards what follows and keeps the sink alive while it is told something.
 std::mutex mutex;
 OUTPUT_LINE_SINK* current_sink = nullptr;
+std::set<std::string> said_of_file;
 
 void hand_on(FREE_IMAGE_FORMAT, char const* message) {
     std::lock_guard const lock(mutex);
-    if (current_sink != nullptr)
+    if (current_sink != nullptr && said_of_file.insert(message).second)
         current_sink->add_output_line(QString::fromLocal8Bit(message));
 }
 
@@ -21,7 +24,18 @@ void hand_on(FREE_IMAGE_FORMAT, char const* message) {
 FREEIMAGE_MESSAGES::FREEIMAGE_MESSAGES(OUTPUT_LINE_SINK& sink) : sink_(sink) {
     std::lock_guard const lock(mutex);
     current_sink = &sink_;
+    said_of_file.clear();
     FreeImage_SetOutputMessage(hand_on);
+}
+
+void FREEIMAGE_MESSAGES::begin_file() {
+    std::lock_guard const lock(mutex);
+    said_of_file.clear();
+}
+
+bool FREEIMAGE_MESSAGES::has_said_something() {
+    std::lock_guard const lock(mutex);
+    return !said_of_file.empty();
 }
 
 FREEIMAGE_MESSAGES::~FREEIMAGE_MESSAGES() {

@@ -1,5 +1,7 @@
 #include "dds/texture_rules.hpp"
 
+#include "dds/whole_number.hpp"
+
 namespace {
 
 // A property that is set counts as present even when its value cannot be converted: then it is false, 0 or empty.
@@ -11,7 +13,7 @@ bool read_bool(RULE const& rule, char const* property, bool otherwise) {
 
 std::int32_t read_integer(RULE const& rule, char const* property, std::int32_t otherwise) {
     QVariant const& value = rule.value(QLatin1String(property));
-    return value.isValid() ? value.toInt() : otherwise;
+    return value.isValid() ? whole_number(value) : otherwise;
 }
 
 float read_float(RULE const& rule, char const* property, float otherwise) {
@@ -65,8 +67,8 @@ bool read_texture_rules(OUTPUT_LINE_SINK& sink, RULE_CACHE const& rules, LOGICAL
                             : defaults.mip_filter;
     record.use_hq_one_bit_alpha = read_bool(rule, "UseHighQualityOneBitAlphaFiltering", defaults.use_hq_one_bit_alpha);
     record.fastest_quality = read_bool(rule, "FastestCompressionQuality", defaults.fastest_quality);
-    record.drop_mips = rule.value(QStringLiteral("DropMips")).toInt();
-    record.max_size = rule.value(QStringLiteral("MaxSize")).toInt();
+    record.drop_mips = whole_number(rule.value(QStringLiteral("DropMips")));
+    record.max_size = whole_number(rule.value(QStringLiteral("MaxSize")));
     if (record.max_size < 1)
         record.max_size = defaults.max_size;
     return true;

@@ -10,7 +10,8 @@
 #include <algorithm>
 #include <array>
 #include <exception>
-#include <vector>
+#include <new>
+#include <span>
 
 namespace {
 
@@ -42,15 +43,16 @@ QString in_working_root(QString const& name) {
     return PATHS::working_data().text() + QLatin1Char('/') + name;
 }
 
-/// The texture's header; not valid when the file cannot be read. Small textures are shorter than the longest header.
+/// The texture's header; not valid when the file cannot be read or is shorter than any header.
 IMAGE read_header(PHYSICAL_PATH const& path) {
     QFile file(path.text());
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return {};
-    std::vector<std::uint8_t> bytes(IMAGE::image_header_size(IMAGE_FORMAT::dds));
+    std::array<std::uint8_t, IMAGE::longest_header> bytes;
     qint64 const count = file.read(reinterpret_cast<char*>(bytes.data()), static_cast<qint64>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(std::max<qint64>(count, 0)));
-    return IMAGE::read_header(bytes);
+    if (count < static_cast<qint64>(IMAGE::image_header_size(IMAGE_FORMAT::dds)))
+        return {};
+    return IMAGE::read_header(std::span(bytes).first(static_cast<std::size_t>(count)));
 }
 
 /// The path below the root, spelt as the file is.
@@ -117,6 +119,25 @@ bool ACTION_IMAGE_INFO_DB::belongs_here(LOGICAL_PATH const& path, RULE_CACHE con
 }
 
 ACTION_INTERFACE::STATUS ACTION_IMAGE_INFO_DB::run(FILE_MAP const& files, RULE_CACHE const& rules) {
+    if (!error().isEmpty()) {
+        add_output_line(error());
+        return STATUS_FAILED;
+    }
+    try {
+        try {
+            record(files, rules);
+        } catch (std::bad_alloc const&) {
+            add_output_line(QStringLiteral("Not enough memory"));
+        } catch (std::exception const& exception) {
+            add_output_line(QStringLiteral("Unexpected error: ") + QString::fromLocal8Bit(exception.what()));
+        }
+    } catch (...) {
+        // Not even the line found room, or it was no exception of the library's.
+    }
+    return STATUS_SUCCEEDED;
+}
+
+void ACTION_IMAGE_INFO_DB::record(FILE_MAP const& files, RULE_CACHE const& rules) {
     // Asked for so that the host loads its table of packages; fragments are referenced by it below.
     AGF_DEPENDENCY_BUILDER::get_asset_fragment_packages(s_database, s_asset_graph);
     IMAGE_INFO_DB::destroy();
@@ -138,7 +159,7 @@ ACTION_INTERFACE::STATUS ACTION_IMAGE_INFO_DB::run(FILE_MAP const& files, RULE_C
     QString const database = in_working_root(base_name + QStringLiteral(".bin"));
     if (!added) {
         QFile::remove(database);
-        return STATUS_SUCCEEDED;
+        return;
     }
     if (is_retail(rules) && s_asset_graph != nullptr) {
         QTSHARED::ASSET_FRAGMENT_BUILDER builder(in_working_root(base_name + QStringLiteral(".agf")));
@@ -148,19 +169,10 @@ ACTION_INTERFACE::STATUS ACTION_IMAGE_INFO_DB::run(FILE_MAP const& files, RULE_C
             add_output_line(error);
         AGF_DEPENDENCY_BUILDER::add_referenced_fragment(base_name, expansion_, s_database, s_asset_graph);
     }
-    save_database(database);
-    return STATUS_SUCCEEDED;
-}
-
-/// A database that cannot be saved is told of, and is the host's to judge: its target was not written.
-void ACTION_IMAGE_INFO_DB::save_database(QString const& file) {
     std::string cause;
-    bool saved = false;
-    try {
-        saved = IMAGE_INFO_DB::inst().save(QE::UniString(file.toStdWString()), cause);
-    } catch (std::bad_alloc const&) {
-        cause = "there is not enough memory";
-    }
-    if (!saved)
-        add_output_line(QStringLiteral("Failed to write '%1': %2").arg(file, QString::fromLocal8Bit(cause.c_str())));
+    if (!IMAGE_INFO_DB::inst().save(QE::UniString(database.toStdWString()), cause))
+        add_output_line(
+            QStringLiteral("Failed to write '%1': %2").arg(database, QString::fromLocal8Bit(cause.c_str())));
+    else
+        add_to_perforce(PHYSICAL_PATH(database), files, false, {});
 }

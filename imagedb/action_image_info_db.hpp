@@ -16,15 +16,17 @@ public:
     void get_affected_files(QVector<LOGICAL_PATH>& sources, QVector<TARGET_FILE>& targets, QDateTime& newest,
                             FILE_MAP const& files, RULE_CACHE const& rules) override;
     void add_external_dependencies(FILE_MAP const& files, RULE_CACHE const& rules) override;
-    /// Always succeeds. Files that cannot be read are left out; without any, the database file is removed. Uses the
-    /// process's one database: two of these actions must not run at the same time in one process.
+    /// Always succeeds, and throws nothing. Files that cannot be read are left out; without any, the database file is
+    /// removed. What keeps the database from being saved (a full disk, too little memory) is told in a line, and is the
+    /// host's to judge: the target was not written. Uses the process's one database: two of these actions must not run
+    /// at the same time in one process.
     STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) override;
 
 private:
     /// "img_db", or for retail "img_db__" with the expansion's pack extension: the name of database and fragment.
     QString database_base_name(RULE_CACHE const& rules) const;
     bool belongs_here(LOGICAL_PATH const& path, RULE_CACHE const& rules) const;
-    void save_database(QString const& file);
+    void record(FILE_MAP const& files, RULE_CACHE const& rules);
 
     QString expansion_;
 };

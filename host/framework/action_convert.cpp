@@ -2,6 +2,7 @@
 
 #include "host/framework/version_control.hpp"
 #include "processor/host/paths.hpp"
+#include "processor/host/working_file_refusal.hpp"
 
 #include <QDir>
 #include <QFile>
@@ -87,7 +88,8 @@ void ACTION_CONVERT::set_target_extension(QString const& extension) {
 }
 
 PHYSICAL_PATH ACTION_CONVERT::get_target() const {
-    return PHYSICAL_PATH(target_folder_ + QLatin1Char('/') + target_base_name_ + target_extension_);
+    // A base name may hold folders.
+    return PATHS::clean(PHYSICAL_PATH(target_folder_ + QLatin1Char('/') + target_base_name_ + target_extension_));
 }
 
 void ACTION_CONVERT::get_affected_files(QVector<LOGICAL_PATH>& sources, QVector<TARGET_FILE>& targets, QDateTime&,
@@ -141,6 +143,8 @@ ACTION_INTERFACE::STATUS ACTION_CONVERT::run(FILE_MAP const& files, RULE_CACHE c
         converted = convert(source_, target, rules, files);
     } catch (std::bad_alloc const&) {
         add_output_line(QStringLiteral("Not enough memory"));
+    } catch (WORKING_FILE_REFUSAL const& refusal) {
+        add_output_line(QString::fromUtf8(refusal.what()));
     } catch (std::exception const& exception) {
         add_output_line(QStringLiteral("Unexpected error: %1").arg(QString::fromLocal8Bit(exception.what())));
     } catch (...) {
@@ -151,7 +155,7 @@ ACTION_INTERFACE::STATUS ACTION_CONVERT::run(FILE_MAP const& files, RULE_CACHE c
         return STATUS_FAILED;
     }
     set_progress_value(progress_max());
-    if (!QFile::exists(target))
+    if (!QFileInfo(target.text()).isFile())
         return STATUS_SUCCEEDED;
     add_to_perforce(target, files, false, {});
     return version_control_failed() ? STATUS_FAILED : STATUS_SUCCEEDED;

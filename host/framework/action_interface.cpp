@@ -3,11 +3,15 @@
 #include "host/framework/asset_fragment_file.hpp"
 #include "host/framework/version_control.hpp"
 #include "processor/host/asset_graph.hpp"
+#include "processor/host/working_file_refusal.hpp"
 
 #include <array>
 
 QTSHARED::ASSET_GRAPH* ACTION_INTERFACE::s_asset_graph = nullptr;
 NR_XML_QUERY_INTERFACE* ACTION_INTERFACE::s_database = nullptr;
+
+// Here, so that everybody catches one and the same type.
+WORKING_FILE_REFUSAL::~WORKING_FILE_REFUSAL() = default;
 
 ACTION_INTERFACE::ACTION_INTERFACE(PROCESSOR_INTERFACE& processor)
     : processor_(processor),
@@ -20,6 +24,7 @@ ACTION_INTERFACE::ACTION_INTERFACE(ACTION_INTERFACE const& other)
       rule_topic_(other.rule_topic_),
       error_(other.error_),
       dependencies_(other.dependencies_),
+      unlisted_sources_(other.unlisted_sources_),
       progress_max_(other.progress_max()) {
 }
 

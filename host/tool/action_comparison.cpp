@@ -4,7 +4,6 @@
 
 #include "processor/host/paths.hpp"
 
-#include <QDir>
 #include <QFileInfo>
 
 #include <typeinfo>
@@ -30,9 +29,8 @@ FILE_CONTENTS FILE_LOOKER::look(QString const& path, FILE_CONTENTS const& known)
 QStringList lasting_targets(PLANNED_ACTION const& planned) {
     QStringList targets;
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
-        QString const path = QDir::cleanPath(target.logical_path);
-        if (!target.temporary && !targets.contains(path))
-            targets.append(path);
+        if (!target.temporary && !targets.contains(target.logical_path))
+            targets.append(target.logical_path);
     }
     return targets;
 }

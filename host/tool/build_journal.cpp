@@ -61,7 +61,8 @@ UNFINISHED_ACTION files_at_risk(PLANNED_ACTION const& planned) {
     return action;
 }
 
-void remove_unfinished_files(UNFINISHED_ACTION const& action, std::int64_t last_sign_of_life) {
+QStringList unfinished_files(UNFINISHED_ACTION const& action, std::int64_t last_sign_of_life) {
+    QStringList files;
     std::int64_t const started = std::min(action.started, latest) * 1'000'000;
     for (FILE_AT_RISK const& file : action.files) {
         FILE_IDENTITY const now = identity_of(file.path);
@@ -73,8 +74,14 @@ void remove_unfinished_files(UNFINISHED_ACTION const& action, std::int64_t last_
         bool const was_written =
             !is_raw && now != file.before && now.changed >= started - slack && now.changed - slack <= last_sign_of_life;
         if (now.exists() && (is_as_made || was_written))
-            QFile::remove(file.path);
+            files += file.path;
     }
+    return files;
+}
+
+void remove_unfinished_files(UNFINISHED_ACTION const& action, std::int64_t last_sign_of_life) {
+    for (QString const& file : unfinished_files(action, last_sign_of_life))
+        QFile::remove(file);
 }
 
 BUILD_JOURNAL::~BUILD_JOURNAL() {

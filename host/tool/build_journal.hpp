@@ -17,9 +17,10 @@ UNFINISHED_ACTION files_at_risk(PLANNED_ACTION const& planned);
 /// The file, and the one beside it that its bytes go to first.
 std::vector<FILE_AT_RISK> files_at_risk(QString const& file);
 
-/// Removes what the action made. In the raw folder, where people keep their own files, that is what it said that it
+/// What the action made and left. In the raw folder, where people keep their own files, that is what it said that it
 /// made, as it was then; elsewhere also what has changed at its places since it started. What changed after
 /// `last_sign_of_life` (nanoseconds since 1970) was somebody else, and so was whatever stands there unchanged.
+QStringList unfinished_files(UNFINISHED_ACTION const& action, std::int64_t last_sign_of_life);
 void remove_unfinished_files(UNFINISHED_ACTION const& action,
                              std::int64_t last_sign_of_life = std::numeric_limits<std::int64_t>::max());
 

@@ -13,12 +13,29 @@ bool says_more_than_done(QStringList const& lines) {
     return !lines.isEmpty() && lines != QStringList(QStringLiteral("Done."));
 }
 
-// What a failed action said first that is no report of work begun or done.
-QString first_complaint(QStringList const& lines) {
-    auto const line = std::find_if(lines.begin(), lines.end(), [](QString const& text) {
-        return !text.startsWith(QLatin1String("Saving file: "));
+bool begins_with_any(QString const& text, std::initializer_list<char const*> beginnings) {
+    return std::any_of(beginnings.begin(), beginnings.end(), [&](char const* beginning) {
+        return text.startsWith(QLatin1String(beginning), Qt::CaseInsensitive);
     });
-    return line == lines.end() ? QStringLiteral("failed without a word") : *line;
+}
+
+// An action stops where it fails, so the cause stands last: behind warnings of what it met on its way, and before lines
+// which only say that it failed. Those are told where there is nothing else.
+QString cause_among(QStringList const& lines) {
+    QString next_best = QStringLiteral("failed without a word");
+    bool has_next_best = false;
+    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+        if (begins_with_any(*line, {"Saving file: ", "Done."}))
+            continue;
+        if (!begins_with_any(*line, {"Warning", "Failed To Combine Files", "Failed to convert!",
+                                     "Failed in gathering the rules", "Failed to compress ", "The target was not ",
+                                     "Version control refused a file"}))
+            return *line;
+        if (!has_next_best)
+            next_best = *line;
+        has_next_best = true;
+    }
+    return next_best;
 }
 
 }  // namespace
@@ -39,7 +56,7 @@ void BUILD_REPORT::action_finished(PLANNED_ACTION const& planned, ACTION_RESULT 
     bool const has_block = failed || result.made_no_file || says_more_than_done(result.lines) ||
                            !result.library_lines.isEmpty() || console_.verbosity() == VERBOSITY::verbose;
     if (failed) {
-        QString cause = result.killed_by.isEmpty() ? first_complaint(result.lines) : result.killed_by;
+        QString cause = result.killed_by.isEmpty() ? cause_among(result.lines) : result.killed_by;
         if (!result.diagnosis.isEmpty())
             cause += QStringLiteral(" [%1]").arg(result.diagnosis);
         std::optional<LOGICAL_PATH> const file = subject_of(planned);

@@ -117,10 +117,15 @@ std::vector<MAPPED_LIBRARY> BUILD_SESSION::plugin_libraries() const {
 EXIT_CODE BUILD_SESSION::load_plugin() {
     return call_plugin(plugin_file(), console_, [&] {
         QString error;
-        if (plugin_.load(plugin_file(), error))
-            return EXIT_CODE::success;
-        console_.error(framework::printable(error));
-        return EXIT_CODE::environment;
+        if (!plugin_.load(plugin_file(), error)) {
+            console_.error(framework::printable(error));
+            return EXIT_CODE::environment;
+        }
+        QByteArray const simd = qgetenv("ZAB_SIMD");
+        if (!simd.isEmpty() && plugin_.limit_simd() && !plugin_.limit_simd()(simd))
+            console_.warning(QStringLiteral("ZAB_SIMD is \"%1\"; it takes scalar, sse4, avx2 or avx512")
+                                 .arg(framework::printable(QString::fromLocal8Bit(simd))));
+        return EXIT_CODE::success;
     });
 }
 
@@ -205,7 +210,7 @@ std::optional<QString> BUILD_SESSION::project_path(std::string const& given) con
     };
     QString const path = argument(given);
     if (path.startsWith(QLatin1String("<raw>")) || path.startsWith(QLatin1String("<working>")))
-        return path;
+        return LOGICAL_PATH(path).text();
     QString const absolute = framework::absolute_path(path);
     if (std::optional<QString> const direct = logical(absolute))
         return direct;

@@ -3,7 +3,6 @@
 #include "host/tool/change_times.hpp"
 #include "processor/host/paths.hpp"
 
-#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -306,7 +305,7 @@ void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& r
     QStringList targets = lasting_targets(planned);
     action.announced_targets = static_cast<std::uint32_t>(targets.size());
     for (ACTION_INTERFACE::REGISTERED_FILE const& file : result.record.registered) {
-        QString const path = PATHS::logical_path(PHYSICAL_PATH(QDir::cleanPath(file.path)));
+        QString const path = PATHS::logical_path(file.path);
         if (file.kind == ACTION_INTERFACE::REGISTERED_FILE::KIND::added && !targets.contains(path) &&
             QFileInfo::exists(physical(path)))
             targets.append(path);
@@ -317,7 +316,7 @@ void BUILD_STATE::remember(PLANNED_ACTION const& planned, ACTION_RESULT const& r
     action.files = reads.files;
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
         if (target.temporary)
-            targets.append(QDir::cleanPath(target.logical_path));
+            targets.append(target.logical_path);
     std::erase_if(action.files, [&](framework::LOOK_UP const& look_up) { return targets.contains(look_up.path); });
     // A file that the action itself took away is one that it would not find now.
     for (framework::LOOK_UP& look_up : action.files)

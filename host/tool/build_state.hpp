@@ -39,6 +39,8 @@ public:
     void forget(PLANNED_ACTION const& planned, RECORDED_ACTION::END end);
     /// Whether another action of the plan, as it ran last, has made this file without announcing it.
     bool is_registered_by_another(PLANNED_ACTION const& planned, QString const& file);
+    /// Whether the file comes from this action as it ran last, or is as some other action left it. `path` is logical.
+    bool is_made_by_build(PLANNED_ACTION const& planned, QString const& path);
     /// The end of a build: what is still to be written is. An error says so if that failed.
     void finish();
     /// Whether all could be read and written down so far.

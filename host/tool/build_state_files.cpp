@@ -1,10 +1,9 @@
 // The part of the state that is about files rather than actions: which of those that earlier builds made no action
 // makes any more, and which an action makes without announcing them.
+#include "host/tool/build_journal.hpp"
 #include "host/tool/build_state.hpp"
 
 #include "processor/host/paths.hpp"
-
-#include <QDir>
 
 #include <algorithm>
 
@@ -36,12 +35,31 @@ bool BUILD_STATE::is_registered_by_another(PLANNED_ACTION const& planned, QStrin
         for (std::size_t row = 0; row < rows_.size(); ++row)
             registers(row, nullptr);
     }
-    QString const path = PATHS::logical_path(PHYSICAL_PATH(QDir::cleanPath(file)));
+    QString const path = PATHS::logical_path(PHYSICAL_PATH(file));
     std::optional<std::size_t> const own = claims_[planned.action].row;
     QList<std::size_t> const rows = registered_->values(path);
     // What a row says may have changed since the table was made.
     return std::any_of(rows.begin(), rows.end(),
                        [&](std::size_t row) { return rows_[row].is_claimed && own != row && registers(row, &path); });
+}
+
+bool BUILD_STATE::is_made_by_build(PLANNED_ACTION const& planned, QString const& path) {
+    QString const file = physical(LOGICAL_PATH(path));
+    FILE_CONTENTS const now = looker_.look(file);
+    std::optional<std::size_t> const own = claims_[planned.action].compared;
+    for (std::size_t row = 0; row < rows_.size(); ++row)
+        if (std::optional<RECORDED_ACTION> const action = to_recorded_action(rows_[row].content))
+            for (RECORDED_FILE const& target : action->targets)
+                if (target.path == path && target.contents.exists && (own == row || target.contents.hash == now.hash))
+                    return true;
+    for (STATE_STORE::RECORD const& record : leftovers_)
+        if (record.key == path && to_contents(record.content).hash == now.hash)
+            return true;
+    // Before a build goes on after another one that was cut off, it removes these.
+    BUILD_JOURNAL::LEFT_OVER const left = BUILD_JOURNAL::left_over(session_.project().state_folder);
+    return std::any_of(left.actions.begin(), left.actions.end(), [&](UNFINISHED_ACTION const& unfinished) {
+        return unfinished_files(unfinished, left.last_sign_of_life).contains(file);
+    });
 }
 
 QSet<QString> BUILD_STATE::current_targets() const {

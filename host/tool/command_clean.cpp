@@ -1,5 +1,6 @@
 // zab clean: removes what a build makes: the targets of the current plan, and the build state. With --stale it removes
 // what earlier builds made and no action makes any more, and nothing else.
+#include "host/tool/atlas_pages.hpp"
 #include "host/tool/open_plan.hpp"
 #include "host/tool/plugin_call.hpp"
 #include "host/tool/project_lock.hpp"
@@ -79,6 +80,8 @@ private:
             return code;
         BUILD_STATE state(session, context.console);
         state.open(plan);
+        for (PLANNED_ACTION& planned : plan.actions)
+            static_cast<void>(take_out_foreign_pages(planned, state));
         TARGET_GUARD guard(session.project().working);
         for (PLANNED_ACTION const& planned : plan.actions)
             for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
@@ -96,7 +99,7 @@ private:
     // The only files of the raw folder that a build makes. Those of arrays that are gone have no action to tell of
     // them; the state knows them.
     static bool is_array_fragment(LOGICAL_PATH const& path) {
-        return path.text().startsWith(QLatin1String("<raw>/")) && QDir::cleanPath(path) == path.text() &&
+        return path.text().startsWith(QLatin1String("<raw>/")) &&
                path.text().endsWith(QLatin1String(".texture_array.agf"));
     }
 

@@ -91,11 +91,7 @@ PLAN last_step(std::vector<PLANNED_ACTION> actions, BUILD_SESSION& session, PLAN
             planned.error = QStringLiteral("Not run: it needs \"%1\", which failed").arg(needed.name);
         }
         planned.needs.clear();
-        planned.sources.clear();
-        planned.targets.clear();
-        QDateTime newest;
-        planned.action->get_affected_files(planned.sources, planned.targets, newest, session.files(), session.rules());
-        add_unlisted_sources(planned, session);
+        ask_for_files(planned, session);
     }
     PLAN step;
     step.actions = std::move(actions);

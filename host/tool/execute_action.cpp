@@ -2,6 +2,7 @@
 
 #include "host/framework/asset_fragment_file.hpp"
 #include "host/framework/version_control.hpp"
+#include "host/tool/atlas_pages.hpp"
 #include "host/tool/database_step.hpp"
 #include "host/tool/failure_cause.hpp"
 #include "host/tool/file_contents.hpp"
@@ -12,6 +13,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QStorageInfo>
 
 #include <algorithm>
@@ -84,7 +86,14 @@ QString false_success(PLANNED_ACTION const& planned, std::vector<FILE_STAMP> con
         // A database that has nothing to hold is gone without a word; else it could not be saved.
         if (planned.is_last_step && !after[i].exists() && !planned.action->output_lines().isEmpty())
             return QStringLiteral("The target was not made: ") + target.physical_path.text();
+        if (planned.is_last_step && !after[i].exists() && before[i].exists())
+            if (auto refusal = framework::VERSION_CONTROL::current().remove(target.physical_path))
+                return *refusal;
+        if (is_older_file(target) && after[i].exists())
+            return QStringLiteral("The file of older versions was not removed: ") + target.physical_path.text();
     }
+    if (QString const page = missing_page(planned); !page.isEmpty())
+        return QStringLiteral("The target was not made: ") + page;
     return remove_left_fragment(planned).value_or(QString());
 }
 
@@ -167,12 +176,12 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
         result.status = ACTION_RESULT::STATUS::succeeded;
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
             result.made_no_file = result.made_no_file || (!target.temporary && !was_removed(planned, target) &&
-                                                          !QFileInfo::exists(target.physical_path));
+                                                          !stamp_of(target.physical_path).exists());
         return result;
     }
-    // An action with an error never touched its targets, and its announced ones may be another's.
+    // One in error never touched anything.
     if (planned.state == PLANNED_ACTION::STATE::run) {
-        take_back_targets(planned);
+        take_back_targets(planned, result.record.registered);
         for (LOGICAL_PATH const& source : planned.sources) {
             result.diagnosis = why_unreadable(PATHS::physical_path(source));
             if (!result.diagnosis.isEmpty())
@@ -191,10 +200,21 @@ ACTION_RESULT fail_action(QString const& reason, std::function<void(QString cons
     return result;
 }
 
-void take_back_targets(PLANNED_ACTION const& planned) {
+void take_back_targets(PLANNED_ACTION const& planned,
+                       std::vector<ACTION_INTERFACE::REGISTERED_FILE> const& registered) {
+    using KIND = ACTION_INTERFACE::REGISTERED_FILE::KIND;
+    QSet<QString> files;
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
         if (!is_older_file(target))
-            QFile::remove(target.physical_path);
+            files.insert(target.physical_path);
+    for (ACTION_INTERFACE::REGISTERED_FILE const& file : registered) {
+        if (file.kind == KIND::added)
+            files.insert(file.path);
+        else if (file.kind == KIND::reverted)
+            files.remove(file.path);
+    }
+    for (QString const& file : qAsConst(files))
+        QFile::remove(file);
     if (planned.action->revert_target_files_if_failed())
         for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
             framework::VERSION_CONTROL::current().revert(target.physical_path);

@@ -40,7 +40,9 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
 /// The result of an action that is not run, for this reason.
 ACTION_RESULT fail_action(QString const& reason, std::function<void(QString const&)> const& line);
 
-/// Removes whatever of a failed action's targets there is, or brings back the versions that version control knows.
-void take_back_targets(PLANNED_ACTION const& planned);
+/// Removes whatever there is of a failed action's targets and of the files that it registered, or brings back the
+/// versions that version control knows. What the action has reverted itself stays.
+void take_back_targets(PLANNED_ACTION const& planned,
+                       std::vector<ACTION_INTERFACE::REGISTERED_FILE> const& registered = {});
 
 }  // namespace tool

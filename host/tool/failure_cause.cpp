@@ -34,6 +34,8 @@ QString kind_of_signature(QByteArray const& bytes) {
         {QByteArrayLiteral("\xff\xd8\xff"), "JPG"},
         {QByteArrayLiteral("II*\0"), "TIF"},
         {QByteArrayLiteral("MM\0*"), "TIF"},
+        {QByteArrayLiteral("II+\0"), "TIF"},
+        {QByteArrayLiteral("MM\0+"), "TIF"},
     };
     for (SIGNATURE const& signature : signatures)
         if (bytes.startsWith(signature.bytes))

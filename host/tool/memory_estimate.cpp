@@ -67,17 +67,23 @@ TEXELS tif_texels(HEADER& header, bool is_big) {
     auto const number = [&](qint64 at) {
         return is_big ? header.big_32(at) : header.little_32(at);
     };
-    auto const directory = static_cast<qint64>(number(4));
+    // With offsets of 64 bits; their lower halves are enough.
+    bool const is_64 = word(2) == 43;
+    auto const directory = static_cast<qint64>(number(is_64 ? (is_big ? 12 : 8) : 4));
+    qint64 const first = directory + (is_64 ? 8 : 2);
+    std::uint64_t const entries = word(is_64 && is_big ? directory + 6 : directory);
     std::uint64_t width = 0;
     std::uint64_t height = 0;
-    for (std::uint64_t i = 0; i < word(directory); ++i) {
-        qint64 const entry = directory + 2 + static_cast<qint64>(i) * 12;
+    for (std::uint64_t i = 0; i < entries; ++i) {
+        qint64 const entry = first + static_cast<qint64>(i) * (is_64 ? 20 : 12);
         constexpr std::uint64_t width_tag = 256;
         constexpr std::uint64_t height_tag = 257;
         constexpr std::uint64_t short_type = 3;
+        qint64 const value = is_64 ? 12 : 8;
         std::uint64_t const tag = word(entry);
         if (tag == width_tag || tag == height_tag)
-            (tag == width_tag ? width : height) = word(entry + 2) == short_type ? word(entry + 8) : number(entry + 8);
+            (tag == width_tag ? width : height) =
+                word(entry + 2) == short_type ? word(entry + value) : number(entry + value);
         if (tag > height_tag || entry > header.size())
             break;
     }
@@ -95,9 +101,9 @@ TEXELS texels_of(HEADER header, bool is_tga) {
     }
     if (header.has(0, QByteArrayLiteral("\xff\xd8")))
         return jpg_texels(header);
-    if (header.has(0, QByteArrayLiteral("II*\0")))
+    if (header.has(0, QByteArrayLiteral("II*\0")) || header.has(0, QByteArrayLiteral("II+\0")))
         return tif_texels(header, false);
-    if (header.has(0, QByteArrayLiteral("MM\0*")))
+    if (header.has(0, QByteArrayLiteral("MM\0*")) || header.has(0, QByteArrayLiteral("MM\0+")))
         return tif_texels(header, true);
     return {};
 }

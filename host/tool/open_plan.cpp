@@ -1,6 +1,7 @@
 #include "host/tool/open_plan.hpp"
 
 #include "host/framework/printable.hpp"
+#include "host/tool/atlas_pages.hpp"
 #include "host/tool/plugin_call.hpp"
 #include "processor/host/paths.hpp"
 
@@ -75,6 +76,13 @@ EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::stri
     opened.state->open(*opened.plan);
     if (!opened.state->is_sound())
         return EXIT_CODE::environment;
+    for (PLANNED_ACTION& planned : opened.plan->actions) {
+        if (QString const refusal = take_out_foreign_pages(planned, *opened.state); !refusal.isEmpty()) {
+            planned.state = PLANNED_ACTION::STATE::error;
+            planned.error = refusal;
+            planned.refused = true;
+        }
+    }
     if (!wanted.empty()) {
         restrict_plan(*opened.plan, wanted);
         if (opened.plan->actions.empty())

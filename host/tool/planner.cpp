@@ -3,6 +3,7 @@
 #include "host/tool/planner.hpp"
 
 #include "host/framework/printable.hpp"
+#include "host/tool/atlas_pages.hpp"
 #include "host/tool/database_step.hpp"
 #include "host/tool/target_guard.hpp"
 #include "processor/host/paths.hpp"
@@ -29,6 +30,7 @@ public:
             session_.create_database_actions();
             take_in_new_actions(true);
         }
+        find_shared_pages();
         connect();
         order();
         return std::move(plan_);
@@ -51,10 +53,7 @@ private:
             planned.action = action;
             planned.is_last_step = are_last_step;
             planned.name = framework::printable(action->get_name(true));
-            QDateTime newest;
-            action->get_affected_files(planned.sources, planned.targets, newest, session_.files(), session_.rules());
-            if (are_last_step)
-                add_unlisted_sources(planned, session_);
+            ask_for_files(planned, session_);
             if (!action->error().isEmpty()) {
                 planned.state = PLANNED_ACTION::STATE::error;
                 planned.error = action->error();
@@ -126,6 +125,17 @@ private:
                 session_.asset_graph().add_texture(
                     target.logical_path, planned.sources.isEmpty() ? QString() : planned.sources.first().text());
             }
+        }
+    }
+
+    void find_shared_pages() {
+        if (!plan_.conflicts.empty())
+            return;
+        for (SHARED_PAGE const& page : shared_pages(plan_.actions, producers_, guard_)) {
+            auto const [first, second] = std::minmax(page.atlas, page.other);
+            plan_.conflicts.push_back(
+                QStringLiteral("two actions may write %1, the name of an atlas's page\n  %2\n  %3")
+                    .arg(CONSOLE::shown(page.file), described(plan_.actions[first]), described(plan_.actions[second])));
         }
     }
 
@@ -235,10 +245,26 @@ private:
 
 }  // namespace
 
+void ask_for_files(PLANNED_ACTION& planned, BUILD_SESSION& session) {
+    planned.sources.clear();
+    planned.targets.clear();
+    QDateTime newest;
+    planned.action->get_affected_files(planned.sources, planned.targets, newest, session.files(), session.rules());
+    for (LOGICAL_PATH const& source : planned.action->unlisted_sources())
+        if (session.files().contains(source))
+            planned.sources.append(source);
+    if (planned.is_last_step)
+        add_unlisted_sources(planned, session);
+    if (!planned.action->error().isEmpty())
+        planned.targets.clear();
+}
+
 bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE const& target) {
     if (!target.logical_path.text().endsWith(QLatin1String(".agf")))
         return false;
     return std::any_of(planned.sources.begin(), planned.sources.end(), [&](LOGICAL_PATH const& source) {
+        if (!source.text().endsWith(QLatin1String(".texture_array")))
+            return false;
         int const folder = source.text().lastIndexOf(u'/') + 1;
         QString const stem = source.section(u'.', 0, -2) + u'.';
         return target.logical_path.text().startsWith(stem) &&

@@ -40,8 +40,12 @@ struct PLANNED_ACTION {
     bool is_last_step = false;
 };
 
-/// Whether the target is the asset-graph fragment of one of the action's sources, in the source's own folder. Fragments
-/// stand there even in the raw folder, where nothing else is ever written.
+/// Asks the action what it reads and makes as things stand. Files that it reads without listing them are among the
+/// sources; an action in error makes nothing.
+void ask_for_files(PLANNED_ACTION& planned, BUILD_SESSION& session);
+
+/// Whether the target is the asset-graph fragment of a texture array among the action's sources, in its folder.
+/// Fragments stand there even in the raw folder, where nothing else is ever written.
 bool is_fragment_beside_source(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE const& target);
 
 /// Whether the target is a file of the raw folder that was there before, and that the action takes away when it

@@ -42,8 +42,10 @@ bool PLUGIN_HOST::load(QString const& path, QString& error) {
     }
     std::stable_sort(processors_.begin(), processors_.end(),
                      [](auto const& left, auto const& right) { return left->priority() > right->priority(); });
+    QLibrary library(file);
     image_database_ =
-        reinterpret_cast<CREATE_IMAGE_DATABASE_ACTION*>(QLibrary(file).resolve(create_image_database_action_name));
+        reinterpret_cast<CREATE_IMAGE_DATABASE_ACTION*>(library.resolve(create_image_database_action_name));
+    limit_simd_ = reinterpret_cast<LIMIT_SIMD*>(library.resolve(limit_simd_name));
     return true;
 }
 

@@ -3,6 +3,7 @@
 
 #include "processor/host/image_database_entry.hpp"
 #include "processor/host/processor_interface.hpp"
+#include "processor/host/simd_entry.hpp"
 
 #include <QPluginLoader>
 
@@ -22,6 +23,9 @@ public:
     /// Makes the actions of the database step; null when the plug-in has none.
     CREATE_IMAGE_DATABASE_ACTION* image_database() const { return image_database_; }
 
+    /// Keeps the encoders from newer instruction sets; null when the plug-in has none to keep.
+    LIMIT_SIMD* limit_simd() const { return limit_simd_; }
+
     /// The plug-in that comes with this program: "../lib/zab/ZAB_Texture.so" beside its folder.
     static QString default_path();
 
@@ -29,6 +33,7 @@ private:
     QPluginLoader loader_;
     std::vector<std::unique_ptr<PROCESSOR_INTERFACE>> processors_;
     CREATE_IMAGE_DATABASE_ACTION* image_database_ = nullptr;
+    LIMIT_SIMD* limit_simd_ = nullptr;
 };
 
 }  // namespace tool

@@ -349,7 +349,7 @@ private:
                 result.status = ACTION_RESULT::STATUS::failed;
                 result.lines += error;
                 line_to_observers(planned)(error);
-                take_back_targets(planned);
+                take_back_targets(planned, result.record.registered);
             }
         }
         if (result.status == ACTION_RESULT::STATUS::succeeded) {
@@ -357,7 +357,8 @@ private:
                 result.status = ACTION_RESULT::STATUS::failed;
                 result.lines += *clash;
                 line_to_observers(planned)(*clash);
-                take_back_targets(planned);
+                // The file goes too, so that the other action makes it anew: nobody knows who wrote last.
+                take_back_targets(planned, result.record.registered);
             }
         }
         if (signals_ > 0 && result.status == ACTION_RESULT::STATUS::failed)

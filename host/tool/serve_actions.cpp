@@ -4,12 +4,12 @@
 #include "host/tool/worker.hpp"
 
 #include "processor/host/paths.hpp"
+#include "processor/host/working_file_refusal.hpp"
 
 #include <algorithm>
 #include <condition_variable>
 #include <cstdio>
 #include <mutex>
-#include <stdexcept>
 #include <system_error>
 #include <thread>
 
@@ -64,8 +64,8 @@ private:
         planned.action->set_working_file_listener([&](PHYSICAL_PATH const& path) {
             // The action would write over it and take it away.
             if (task_.plan.raw_sources.contains(PATHS::logical_path(path)))
-                throw std::runtime_error(path.text().toStdString() +
-                                         " is a source, and this action needs a file of that name for itself");
+                throw WORKING_FILE_REFUSAL(path.text().toStdString() +
+                                           " is a source, and this action needs a file of that name for itself");
             note(planned, working, path);
         });
         RESULT_MESSAGE message;

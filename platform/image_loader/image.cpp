@@ -75,7 +75,7 @@ void IMAGE::lay_out(std::uint8_t* texels) {
     std::uint64_t offset = 0;
     for (std::uint32_t level = 0; level < info_.number_of_mips; ++level) {
         IMAGE_SURFACE& surface = info_.surfaces[level];
-        surface.texels = texels != nullptr ? texels + offset : nullptr;
+        surface.texels = texels + offset;
         surface.row_pitch = tight_row_pitch(info_.texel_format, level_width(level));
         surface.bytes = level_bytes(info_.texel_format, level_width(level), level_height(level));
         surface.offset = offset;
@@ -253,7 +253,7 @@ std::span<std::uint8_t> IMAGE::level(std::uint32_t level) {
 std::size_t IMAGE::image_header_size(IMAGE_FORMAT format) {
     switch (format) {
     case IMAGE_FORMAT::dds:
-        return dds_container::dx10_header_size;
+        return dds_container::legacy_header_size;
     case IMAGE_FORMAT::tga:
         return 18;
     default:
@@ -269,7 +269,14 @@ IMAGE IMAGE::read_header(std::span<std::uint8_t const> bytes) {
     }
     IMAGE image;
     image.info_ = info_of(*description);
-    image.lay_out(nullptr);
+    for (std::uint32_t level = 0; level < description->mip_count; ++level) {
+        // The container knows what else lies between two levels (the slices of a volume), and the sizes of texels that
+        // no format here names.
+        dds_container::DDS_SURFACE const surface = *dds_container::find_surface(*description, 0, 0, level, 0);
+        image.info_.surfaces.push_back(
+            {nullptr, surface.row_pitch, surface.size, surface.offset - description->header_size()});
+    }
+    image.cause_.clear();
     return image;
 }
 
@@ -285,6 +292,8 @@ IMAGE_FORMAT detect_image_format(std::span<std::uint8_t const> file) {
         {"\xff\xd8\xff"sv, IMAGE_FORMAT::jpg},
         {"II*\0"sv, IMAGE_FORMAT::tif},
         {"MM\0*"sv, IMAGE_FORMAT::tif},
+        {"II+\0"sv, IMAGE_FORMAT::tif},
+        {"MM\0+"sv, IMAGE_FORMAT::tif},
     });
     std::string_view const text(reinterpret_cast<char const*>(file.data()), std::min<std::size_t>(file.size(), 8));
     for (MARK const& mark : marks) {

@@ -74,17 +74,20 @@ public:
 
     /// An image of an invalid state with its reason.
     static IMAGE failed(std::string cause);
-    /// Bytes from the start of a file that hold all that `read_header` can use. Small files are shorter than that, and
-    /// `read_header` takes them too.
+    /// The bytes of the header that every file of this format begins with.
     static std::size_t image_header_size(IMAGE_FORMAT format);
+    /// As many bytes from the start of a DDS file as `read_header` can use. A header of the older kind ends before, and
+    /// so may its whole file: a block of DXT1 lies within 136 bytes.
+    static constexpr std::size_t longest_header = dds_container::dx10_header_size;
     /// Size, texel format and levels of a DDS file from its first bytes; there are no texels behind the surfaces. Valid
-    /// for cube maps, volumes and arrays too, whose first picture it describes.
+    /// for cube maps, volumes and arrays too, whose first picture it describes. A layout that no texel format names is
+    /// TTF_UNKNOWN, and its surfaces are known all the same.
     static IMAGE read_header(std::span<std::uint8_t const> bytes);
 
 private:
     void load_dds(std::span<std::uint8_t const> file);
     void load_coded(std::span<std::uint8_t const> file, IMAGE_FORMAT format);
-    /// Fills the surfaces, tightly packed, from `texels` on; null for an image without texels.
+    /// Fills the surfaces, tightly packed, from `texels` on.
     void lay_out(std::uint8_t* texels);
     void allocate();
     void fail(std::string cause);

@@ -1,56 +1,85 @@
 #include "platform/image_loader/tif_layout.hpp"
 
+#include "platform/checked_size.hpp"
+
+#include <algorithm>
+#include <optional>
+
 namespace IMAGE_LOADER {
 
 namespace {
 
-constexpr std::uint32_t bits_per_sample_tag = 258;
-constexpr std::uint32_t compression_tag = 259;
-constexpr std::uint32_t samples_per_texel_tag = 277;
-constexpr std::size_t entry_bytes = 12;
+using checked_size::saturating_product;
+using checked_size::saturating_sum;
 
-class READER {
-public:
-    explicit READER(std::span<std::uint8_t const> file) : file_(file), is_big_(!file.empty() && file[0] == 'M') {}
+constexpr std::uint32_t no_compression = 1;
+/// Colours of which several texels share one.
+constexpr std::uint32_t shared_colours = 6;
 
-    /// An unsigned number of 2 or 4 bytes; 0 behind the end of the file.
-    std::uint32_t number(std::size_t at, std::size_t bytes) const {
-        if (at > file_.size() || bytes > file_.size() - at) {
-            return 0;
+/// Bytes of a strip of so many rows.
+std::uint64_t plain_strip_bytes(TIF_DIRECTORY const& directory, TIF_LAYOUT const& layout, std::uint64_t rows) {
+    std::uint64_t const samples = layout.planes == 2 ? 1 : layout.samples_per_texel;
+    std::uint64_t const bits =
+        saturating_product(std::uint64_t{directory.number(TIF_TAG::width, 0)}, samples, layout.bits_per_sample);
+    return saturating_product(bits / 8 + (bits % 8 != 0 ? 1 : 0), rows);
+}
+
+bool plain_strips_are_whole(TIF_DIRECTORY const& directory, TIF_LAYOUT const& layout,
+                            TIF_DIRECTORY::FIELD const& offsets, std::uint64_t file_size) {
+    std::uint64_t const height = directory.number(TIF_TAG::height, 0);
+    std::uint64_t const rows = directory.number(TIF_TAG::rows_per_strip, UINT32_MAX);
+    // With separate channels the strips of one follow those of the other.
+    std::uint64_t const in_plane = rows == 0 ? 0 : (height + rows - 1) / rows;
+    std::uint64_t const strips = in_plane * (layout.planes == 2 ? layout.samples_per_texel : 1);
+    for (std::uint64_t i = 0; i < strips; ++i) {
+        std::uint64_t const row = i % in_plane * rows;
+        std::optional<std::uint64_t> const offset = directory.number(offsets, i);
+        if (!offset ||
+            saturating_sum(*offset, plain_strip_bytes(directory, layout, std::min(rows, height - row))) > file_size) {
+            return false;
         }
-        std::uint32_t value = 0;
-        for (std::size_t i = 0; i < bytes; ++i) {
-            value = value << 8 | file_[is_big_ ? at + i : at + bytes - 1 - i];
-        }
-        return value;
     }
-
-private:
-    std::span<std::uint8_t const> file_;
-    bool is_big_;
-};
+    return true;
+}
 
 }  // namespace
 
-TIF_LAYOUT read_tif_layout(std::span<std::uint8_t const> file) {
-    READER const reader(file);
+TIF_LAYOUT read_tif_layout(TIF_DIRECTORY const& directory) {
     TIF_LAYOUT layout;
-    std::size_t const directory = reader.number(4, 4);
-    std::uint32_t const entries = reader.number(directory, 2);
-    for (std::size_t i = 0; i < entries; ++i) {
-        std::size_t const entry = directory + 2 + i * entry_bytes;
-        std::uint32_t const tag = reader.number(entry, 2);
-        if (tag == samples_per_texel_tag) {
-            layout.samples_per_texel = reader.number(entry + 8, 2);
-        } else if (tag == compression_tag) {
-            layout.compression = reader.number(entry + 8, 2);
-        } else if (tag == bits_per_sample_tag) {
-            // One number a sample; up to two stand in the entry, more stand where it points.
-            std::size_t const at = reader.number(entry + 4, 4) > 2 ? reader.number(entry + 8, 4) : entry + 8;
-            layout.bits_per_sample = reader.number(at, 2);
+    layout.samples_per_texel = directory.number(TIF_TAG::samples_per_texel, layout.samples_per_texel);
+    layout.bits_per_sample = directory.number(TIF_TAG::bits_per_sample, layout.bits_per_sample);
+    layout.compression = directory.number(TIF_TAG::compression, layout.compression);
+    layout.photometric = directory.number(TIF_TAG::photometric, layout.photometric);
+    layout.predictor = directory.number(TIF_TAG::predictor, layout.predictor);
+    layout.planes = directory.number(TIF_TAG::planes, layout.planes);
+    layout.tile_width = directory.number(TIF_TAG::tile_width, layout.tile_width);
+    return layout;
+}
+
+TIF_LAYOUT read_tif_layout(std::span<std::uint8_t const> file) {
+    return read_tif_layout(TIF_DIRECTORY(file));
+}
+
+bool tif_is_whole(std::span<std::uint8_t const> file) {
+    TIF_DIRECTORY const directory(file);
+    TIF_LAYOUT const layout = read_tif_layout(directory);
+    bool const has_tiles = layout.tile_width != 0;
+    auto const offsets = directory.find(has_tiles ? TIF_TAG::tile_offsets : TIF_TAG::strip_offsets);
+    auto const bytes = directory.find(has_tiles ? TIF_TAG::tile_bytes : TIF_TAG::strip_bytes);
+    if (!offsets) {
+        return true;
+    }
+    if (layout.compression == no_compression && !has_tiles && layout.photometric != shared_colours) {
+        return plain_strips_are_whole(directory, layout, *offsets, file.size());
+    }
+    for (std::uint64_t i = 0; bytes && i < offsets->count && i < bytes->count; ++i) {
+        std::optional<std::uint64_t> const offset = directory.number(*offsets, i);
+        std::optional<std::uint64_t> const count = directory.number(*bytes, i);
+        if (!offset || !count || saturating_sum(*offset, *count) > file.size()) {
+            return false;
         }
     }
-    return layout;
+    return true;
 }
 
 }  // namespace IMAGE_LOADER

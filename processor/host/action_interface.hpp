@@ -107,6 +107,8 @@ public:
     QString const& error() const { return error_; }
     QStringList const& output_lines() const { return lines_; }
     QVector<DEPENDENCY> const& dependencies() const { return dependencies_; }
+    /// Files that the action reads if they are there, and that its list of sources does not name.
+    QVector<LOGICAL_PATH> const& unlisted_sources() const { return unlisted_sources_; }
     QVector<REGISTERED_FILE> const& registered_files() const { return registered_; }
     /// Whether version control refused a file; a line of the action says which and why. Such an action has failed.
     bool version_control_failed() const { return version_control_failed_; }
@@ -115,7 +117,7 @@ public:
     /// Called with every line as it is added, on the action's thread.
     void set_line_listener(std::function<void(QString const&)> listener) { listener_ = std::move(listener); }
     /// Called with the path of every file that the action is going to write besides its announced targets, or has
-    /// written.
+    /// written; throws WORKING_FILE_REFUSAL for one that it must not write.
     void set_working_file_listener(std::function<void(PHYSICAL_PATH const&)> listener) {
         working_file_listener_ = std::move(listener);
     }
@@ -126,6 +128,7 @@ protected:
     /// stay behind when the process ends in the middle. Told once more when the file is there, the host knows it again:
     /// from the raw folder it takes nothing away that it does not know.
     void announce_working_file(PHYSICAL_PATH const& file);
+    void add_unlisted_source(LOGICAL_PATH const& source) { unlisted_sources_.append(source); }
     bool is_aborted() const { return aborted_; }
     void set_progress_value(int progress) { progress_ = progress; }
 
@@ -139,6 +142,7 @@ private:
     QString error_;
     QStringList lines_;
     QVector<DEPENDENCY> dependencies_;
+    QVector<LOGICAL_PATH> unlisted_sources_;
     QVector<REGISTERED_FILE> registered_;
     std::function<void(QString const&)> listener_;
     std::function<void(PHYSICAL_PATH const&)> working_file_listener_;

@@ -11,7 +11,7 @@ class ZAB_SHARED_API PATHS {
 public:
     /// A path without a root token comes back as it is.
     static PHYSICAL_PATH physical_path(LOGICAL_PATH const& path);
-    /// A path outside both roots comes back as it is.
+    /// Of any spelling. A path outside both roots comes back without a token.
     static LOGICAL_PATH logical_path(PHYSICAL_PATH const& path);
 
     static PHYSICAL_PATH const& raw_data();
@@ -19,8 +19,12 @@ public:
     /// The working data root that targets made from this source belong to.
     static PHYSICAL_PATH const& target_working_data(PHYSICAL_PATH const& source);
 
-    /// The named property's value as a path relative to the working data root. "{dir}" in it becomes the source's
-    /// folder below its root and "{name}" its file name without the extension.
+    /// The same file without doubled slashes, "." and "..". A slash at the end stays, as in logical paths.
+    static PHYSICAL_PATH clean(PHYSICAL_PATH const& path);
+
+    /// The named property's value as a clean path relative to the working data root, whether or not it begins with a
+    /// slash; one that leads outside begins with "..". "{dir}" in it becomes the source's folder below its root and
+    /// "{name}" its file name without the extension.
     static QString relative_target_path_from_rule_path(RULE const& rule, QString const& property,
                                                        LOGICAL_PATH const& logical, PHYSICAL_PATH const& physical);
 

@@ -1,12 +1,24 @@
 // The atlas action on a disk: what it announces, makes, registers and leaves behind.
 #include "atlas/action_atlas.hpp"
+#include "host/framework/version_control.hpp"
 #include "tests/combine/action_fixture.hpp"
-#include "tests/support/full_disk.hpp"
 
 namespace {
 
 constexpr int succeeded = 2;
 constexpr int failed = 4;
+
+/// Has every file from before.
+class RESTORING_VERSION_CONTROL : public framework::VERSION_CONTROL {
+public:
+    FAILURE prepare_write(PHYSICAL_PATH const&) override { return {}; }
+    FAILURE add(PHYSICAL_PATH const&) override { return {}; }
+    FAILURE remove(PHYSICAL_PATH const&) override { return {}; }
+    FAILURE revert(PHYSICAL_PATH const& file) override {
+        QFile(file.text()).open(QIODevice::WriteOnly);
+        return {};
+    }
+};
 
 class ATLAS : public ACTION_FIXTURE {
 protected:
@@ -112,14 +124,33 @@ TEST_F(ATLAS, a_source_that_cannot_be_loaded) {
     EXPECT_EQ(left_over(), "");
 }
 
+TEST_F(ATLAS, a_cube_map_is_of_no_use_and_a_cut_one_is_not_read) {
+    QByteArray const cube = QByteArray::fromHex("444453207c000000071000000400000004000000")
+                                .leftJustified(76, '\0')
+                                .append(QByteArray::fromHex("200000000400000044585431"))
+                                .leftJustified(108, '\0')
+                                .append(QByteArray::fromHex("0810000000fe0000"))
+                                .leftJustified(128 + 6 * 8, '\0');
+    source("cube.dds", {});
+    folder.write("raw/cube.dds", cube);
+    EXPECT_EQ(run_atlas(failed), "*** Error: Texture raw/cube.dds has unsupported format.\n");
+    folder.write("raw/cube.dds", cube.chopped(1));
+    EXPECT_EQ(run_atlas(failed), "*** Error: Loading texture raw/cube.dds failed.\n");
+}
+
 TEST_F(ATLAS, an_index_that_cannot_be_written) {
     QDir().mkpath(folder.path("out/ui/atlas.tai/in_the_way"));
     source("a.tga", {1, 2, 3, 255}, 64, 32);
     source("b.tga", {1, 2, 3, 255}, 64, 32);
+    earlier("atlas0.dds");
+    RESTORING_VERSION_CONTROL restoring;
+    framework::VERSION_CONTROL::set_current(&restoring);
     run_atlas(failed);
+    framework::VERSION_CONTROL::set_current(nullptr);
     EXPECT_EQ(lines, "*** Error: Unable to open file \"out/ui/atlas.tai\" for writing!");
     EXPECT_EQ(registered(), "<atlas0.dds <atlas1.dds <atlas.tai");
-    EXPECT_EQ(left_over(), "atlas.tai");
+    // What version control brings back stays.
+    EXPECT_EQ(left_over(), "atlas.tai atlas0.dds atlas1.dds");
 }
 
 TEST_F(ATLAS, a_page_that_cannot_be_compressed) {
@@ -132,12 +163,18 @@ TEST_F(ATLAS, a_page_that_cannot_be_compressed) {
     EXPECT_EQ(left_over(), "");
 }
 
-TEST_F(ATLAS, a_disk_without_room_for_a_page) {
-    source("a.tga", {1, 2, 3, 255}, 64, 32);
-    FULL_DISK const disk(4096);
-    EXPECT_EQ(run_atlas(failed), "*** Error: Unable to save atlas out/ui/atlas0.tga.\n");
-    EXPECT_EQ(lines, "Saving file: out/ui/atlas.tai|Failed to compress out/ui/atlas0.tga");
-    EXPECT_EQ(left_over(), "");
+TEST_F(ATLAS, a_page_that_cannot_be_saved) {
+    for (char const* const name : {"atlas0.dds", "atlas1.dds"})
+        earlier(name);
+    for (char const* const name : {"a.tga", "b.tga", "c.tga", "d.tga"})
+        source(name, {1, 2, 3, 255}, 64, 32);
+    for (char const* const page : {"1", "3"})
+        QDir().mkpath(folder.path(QStringLiteral("out/ui/atlas%1.tga/in_the_way").arg(page)));
+    EXPECT_EQ(run_atlas(succeeded), "*** Error: Unable to save atlas out/ui/atlas1.tga.\n"
+                                    "*** Error: Unable to save atlas out/ui/atlas3.tga.\n");
+    // As many as the earlier build had are looked at, and then as many as were saved.
+    EXPECT_EQ(registered(), "+atlas0.dds -atlas1.dds +atlas2.dds +atlas.tai");
+    EXPECT_EQ(left_over(), "atlas.tai atlas0.dds atlas1.tga atlas2.dds atlas3.tga");
 }
 
 TEST_F(ATLAS, a_source_without_a_place) {

@@ -275,4 +275,20 @@ TEST_F(STEM_ACTIONS, an_earlier_target_that_is_not_touched_passes_for_success) {
     EXPECT_EQ(lines, "Texture dimensions are invalid; Must be multiple of 4!!!|Done.");
 }
 
+TEST_F(STEM_ACTIONS, a_folder_in_the_place_of_a_target_does_not) {
+    write_grey("x_gloss.tga", 1);
+    write_grey("x_colormask.tga", 1);
+    rules.add("", "Texture", {{"CompressionFormat", "dxt1"}});
+    ACTION_GLOSS_MAP gloss(stem("x"), processor);
+    ACTION_LEVELLED_GLOSS_MAP levelled(stem("x"), processor);
+    ACTION_MASK mask(stem("x"), false, processor);
+    ACTION_COLOUR_MASK colour_mask(stem("x"), false, processor);
+    for (ACTION_CONVERT* const action :
+         std::initializer_list<ACTION_CONVERT*>{&gloss, &levelled, &mask, &colour_mask}) {
+        QDir().mkpath(action->get_target());
+        EXPECT_EQ(run(*action), failed);
+        EXPECT_TRUE(lines.endsWith("Failed to convert!")) << lines.toStdString();
+    }
+}
+
 }  // namespace

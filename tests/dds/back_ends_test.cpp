@@ -2,6 +2,7 @@
 // about the D3D and the ATI back-end.
 #include "dds/compress_image.hpp"
 #include "dds/compress_with_ati.hpp"
+#include "dds/compress_with_d3d.hpp"
 #include "platform/dds_container/dds_container.hpp"
 #include "platform/directxtex/directxtex.hpp"
 #include "platform/image_loader/load_image_file.hpp"
@@ -171,16 +172,25 @@ TEST_F(BACK_ENDS, d3d_failures_leave_com_initialised) {
     }
 }
 
+TEST_F(BACK_ENDS, d3d_takes_colours_into_linear_light_when_asked) {
+    IMAGE const grey = make_image(8, 8, [](auto, auto, auto) { return TEXEL{188, 188, 188, 188}; });
+    for (auto const& [convert, expected] : {std::pair{false, 188}, {true, 131}}) {
+        ASSERT_TRUE(compress_with_d3d(sink, PHYSICAL_PATH(target), DXGI_CHOICE::bc7_unorm, grey, false, convert));
+        EXPECT_NEAR(shown(1)[0], expected, 1);
+        EXPECT_NEAR(shown(1)[3], 188, 1);
+    }
+}
+
 TEST_F(BACK_ENDS, ati_refuses_before_it_touches_a_file) {
     folder.write("a.dds", "earlier");
     BACK_END_SETTINGS settings;
     settings.mipmaps = false;
-    EXPECT_FALSE(compress_with_ati(sink, PHYSICAL_PATH(target), settings, ramp(8, 8)));
+    EXPECT_FALSE(compress_with_ati(sink, PHYSICAL_PATH(target), settings, ramp(8, 8), {}));
     EXPECT_EQ(sink.lines.join('|'), "ATI compressor does not support not generating mipmaps");
     settings.mipmaps = true;
     settings.format = static_cast<NVTT_FORMAT>(6);
     settings.format_name = "some";
-    EXPECT_FALSE(compress_with_ati(sink, PHYSICAL_PATH(target), settings, ramp(8, 8)));
+    EXPECT_FALSE(compress_with_ati(sink, PHYSICAL_PATH(target), settings, ramp(8, 8), {}));
     EXPECT_EQ(sink.lines.value(1), "ATI compressor does not support some output format!");
     QFile file(target);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));

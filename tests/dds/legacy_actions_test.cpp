@@ -4,8 +4,8 @@
 #include "dds/action_dds.hpp"
 #include "dds/action_freeimage.hpp"
 #include "platform/dds_container/dds_container.hpp"
+#include "platform/image_loader/freeimage_bitmap.hpp"
 #include "platform/image_loader/load_image_file.hpp"
-#include "platform/image_loader/load_with_freeimage.hpp"
 #include "processor/host/paths.hpp"
 #include "tests/host/framework/test_folder.hpp"
 #include "tests/support/full_disk.hpp"
@@ -14,7 +14,13 @@
 #include "tests/support/test_tga.hpp"
 
 #include <FreeImage.h>
+#include <QSet>
 #include <gtest/gtest.h>
+
+#include <cstring>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace {
 
@@ -121,8 +127,50 @@ TEST_F(LEGACY_ACTIONS, freeimage_converts) {
     }
 }
 
+TEST_F(LEGACY_ACTIONS, freeimage_converts_what_a_format_cannot_hold) {
+    for (FREE_IMAGE_TYPE const type : {FIT_BITMAP, FIT_UINT16, FIT_RGB16, FIT_RGBA16}) {
+        // All bytes 60: every channel is 0x3c3c, an index into a grey palette.
+        IMAGE_LOADER::FREEIMAGE_BITMAP const bitmap(FreeImage_AllocateT(type, 8, 8, 8));
+        for (int y = 0; y < 8; ++y)
+            std::memset(FreeImage_GetScanLine(bitmap.get(), y), 60, FreeImage_GetPitch(bitmap.get()));
+        PHYSICAL_PATH const source(folder.write("raw/a.png", ""));
+        ASSERT_TRUE(FreeImage_Save(FIF_PNG, bitmap.get(), QFile::encodeName(source)));
+        for (char const* const format : {"tga", "bmp", "webp", "jpg"}) {
+            ACTION_FREEIMAGE action(source, format, processor);
+            EXPECT_EQ(run(action), ACTION_INTERFACE::STATUS_SUCCEEDED) << format << lines.toStdString();
+            QByteArray const path = QFile::encodeName(target);
+            IMAGE_LOADER::FREEIMAGE_BITMAP const written(FreeImage_ConvertTo24Bits(
+                IMAGE_LOADER::FREEIMAGE_BITMAP(FreeImage_Load(FreeImage_GetFIFFromFilename(path), path)).get()));
+            RGBQUAD texel = {};
+            ASSERT_TRUE(FreeImage_GetPixelColor(written.get(), 5, 5, &texel)) << type << format;
+            EXPECT_NEAR(texel.rgbGreen, 60, 3) << type << format;
+        }
+    }
+}
+
+TEST_F(LEGACY_ACTIONS, a_tif_has_the_same_bytes_whatever_memory_held) {
+#ifdef __GLIBC__
+    PHYSICAL_PATH const source(folder.write("raw/a.tga", tga_with_alpha(255)));
+    QSet<QByteArray> targets;
+    for (int const fill : {0x55, 0xaa}) {
+        mallopt(M_PERTURB, fill);
+        // Some of these have texels of an odd number of bytes, behind which the next thing begins at an even one.
+        QByteArray all;
+        for (int side = 1; side <= 8; ++side) {
+            folder.write("raw/a.tga", tga(side, 1, [](int x, int) { return std::array{x * 30, 77, 200, 255}; }));
+            ACTION_FREEIMAGE action(source, "tif", processor);
+            EXPECT_EQ(run(action), ACTION_INTERFACE::STATUS_SUCCEEDED);
+            all += contents(target);
+        }
+        targets.insert(all);
+    }
+    mallopt(M_PERTURB, 0);
+    EXPECT_EQ(targets.size(), 1);
+#endif
+}
+
 TEST_F(LEGACY_ACTIONS, freeimage_failures_leave_no_target) {
-    folder.write("raw/a.tga", tga_with_alpha(255));
+    folder.write("raw/a.tga", tga_with_alpha(100));
     folder.write("raw/broken.png", QByteArray::fromHex("89504e470d0a1a0a"));
     folder.write("raw/a.xyz", tga_with_alpha(255));
     folder.write("raw/huge.tga", QByteArray::fromHex("000002000000000000000000ffffffff2028") + "ten bytes.");
@@ -132,6 +180,17 @@ TEST_F(LEGACY_ACTIONS, freeimage_failures_leave_no_target) {
                                      .append(QByteArray::fromHex("200000000400000044585431"))
                                      .leftJustified(136, '\0'));
     folder.write("raw/cut.dds", "DDS |");
+    folder.write("raw/cut.tga", tga_with_alpha(255).chopped(1));
+    // A run of 64 texels, of which the last byte is missing; and one that goes on behind the last texel.
+    QByteArray const runs = QByteArray::fromHex("00000a0000000000000000000800080018");
+    folder.write("raw/cut_run.tga", runs + QByteArray::fromHex("00bf0102"));
+    folder.write("raw/long_run.tga", runs + QByteArray::fromHex("00c0010203"));
+    // Two levels of DXT1, of which the second is missing.
+    folder.write("raw/cut_level.dds",
+                 QByteArray::fromHex("444453207c00000007100200080000000800000000000000000000000200")
+                     .leftJustified(76, '\0')
+                     .append(QByteArray::fromHex("200000000400000044585431"))
+                     .leftJustified(160, '\0'));
     struct CASE {
         char const* name;
         char const* format;
@@ -145,7 +204,12 @@ TEST_F(LEGACY_ACTIONS, freeimage_failures_leave_no_target) {
         {"raw/huge.tga", "jpg", "Failed to load raw/huge.tga"},
         {"raw/huge.dds", "jpg", "Failed to load raw/huge.dds"},
         {"raw/cut.dds", "jpg", "Failed to load raw/cut.dds"},
-        {"raw/a.tga", "pcx", "Failed to save out/a.pcx"},
+        {"raw/cut.tga", "png", "Failed to load raw/cut.tga"},
+        {"raw/cut_run.tga", "png", "Failed to load raw/cut_run.tga"},
+        {"raw/long_run.tga", "png", "Failed to load raw/long_run.tga"},
+        {"raw/cut_level.dds", "png", "Failed to load raw/cut_level.dds"},
+        {"raw/a.tga", "pcx", "FreeImage writes no PCX files"},
+        {"raw/a.tga", "gif", "GIF files cannot hold 32-bit RGBA texels"},
     };
     for (CASE const& c : cases) {
         ACTION_FREEIMAGE action(PHYSICAL_PATH(folder.path(c.name)), c.format, processor);

@@ -48,6 +48,8 @@ TEST(texture_rules, values_are_converted_not_judged) {
     EXPECT_EQ(read({{"MaxSize", 512}}).max_size, 512);
     EXPECT_EQ(read({{"MaxSize", 0}}).max_size, 65536);
     EXPECT_EQ(read({{"MaxSize", -3}}).max_size, 65536);
+    EXPECT_EQ(read({{"MaxSize", 4294967300LL}}).max_size, 65536);
+    EXPECT_EQ(read({{"DropMips", -4294967295LL}}).drop_mips, 0);
     EXPECT_EQ(read({{"Compressor", "ATI"}}).compressor, COMPRESSOR_TYPE::ATI);
     EXPECT_EQ(read({{"Compressor", ""}}).compressor, COMPRESSOR_TYPE::NVIDIA);
 }

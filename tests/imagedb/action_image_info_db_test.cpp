@@ -9,8 +9,9 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <functional>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 namespace {
@@ -35,6 +36,7 @@ QByteArray dds(char const* four_cc, int side, int payload, quint32 dxgi = 0) {
 class RETAIL_RULES : public TEST_RULES {
 public:
     RULE get_global(QString const& name) const override {
+        trouble();
         if (!is_retail || name != QLatin1String("Retail"))
             return {};
         auto values = std::make_shared<RULE_VALUES>();
@@ -42,6 +44,8 @@ public:
         return RULE(values);
     }
     bool is_retail = false;
+    std::function<void()> trouble = [] {
+    };
 };
 
 class action_image_info_db : public testing::Test {
@@ -82,6 +86,10 @@ protected:
         EXPECT_EQ(targets.value(0).logical_path.text(), "<working>/" + file);
         EXPECT_EQ(action.run(files, rules), ACTION_INTERFACE::STATUS_SUCCEEDED);
         EXPECT_EQ(action.output_lines(), QStringList());
+        // What was written is registered, and nothing else.
+        EXPECT_EQ(action.registered_files().size(), QFile::exists(folder.path("out/" + file)) ? 1 : 0);
+        for (auto const& registered : action.registered_files())
+            EXPECT_EQ(registered.path.text(), folder.path("out/" + file));
         QFile in(folder.path("out/" + file));
         if (!in.open(QIODevice::ReadOnly))
             return "-";
@@ -168,6 +176,22 @@ TEST_F(action_image_info_db, expansions_of_a_retail_project) {
     EXPECT_EQ(run({}, "img_db__core.bin"), "-");
     EXPECT_EQ(run("No row", "img_db__core.bin"), "-");
     EXPECT_TRUE(graph.take_unwritten().empty());
+}
+
+TEST_F(action_image_info_db, nothing_gets_through) {
+    write("a.dds", dds("DXT1", 4, 8));
+    std::pair<std::function<void()>, QStringList> const troubles[] = {
+        {[] { throw std::bad_alloc(); }, {"Not enough memory"}},
+        {[] { throw std::runtime_error("no table"); }, {"Unexpected error: no table"}},
+        {[] { throw 1; }, {}},
+    };
+    for (auto const& [trouble, lines] : troubles) {
+        rules.trouble = trouble;
+        ACTION_IMAGE_INFO_DB action(processor, {});
+        EXPECT_EQ(action.run(files, rules), ACTION_INTERFACE::STATUS_SUCCEEDED);
+        EXPECT_EQ(action.output_lines(), lines);
+        EXPECT_TRUE(action.registered_files().isEmpty());
+    }
 }
 
 TEST_F(action_image_info_db, names_asserts_and_producers) {

@@ -1,5 +1,9 @@
 // Which actions a file table gets. Every action is written as one text, "name -> target", with " < sources" where the
 // name does not say the one source, so that a whole pass compares as a list; errors are written "name ! message".
+#include "atlas/action_atlas.hpp"
+#include "combine/action_channel_combine.hpp"
+#include "combine/action_gloss_map.hpp"
+#include "dds/action_dds_n.hpp"
 #include "processor/action_dispatch.hpp"
 #include "processor/host/paths.hpp"
 #include "processor/suffixed_working_path.hpp"
@@ -10,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -140,8 +145,11 @@ TEST(action_dispatch, which_rule_is_active) {
          TEST_RULES().add("", "Texture", {}).add("", "TextureOld", {{"TargetPath", "t"}}), converted},
         {"nobody says where", TEST_RULES().add("", "Texture", {}).add("", "TextureOld", {{"ForbidDXT1", 1}}),
          no_target},
-        {"place holders", TEST_RULES().add("", "Texture", {{"TargetPath", "/x//{dir}/{name}/"}}),
-         list({"Convert texture (d/a.tga) -> /out//x/d/a/a.dds"})},
+        {"place holders, with slashes to spare", TEST_RULES().add("", "Texture", {{"TargetPath", "/x//{dir}/{name}/"}}),
+         list({"Convert texture (d/a.tga) -> /out/x/d/a/a.dds"})},
+        {"a base name with folders",
+         TEST_RULES().add("", "Texture", {{"TargetPath", "."}, {"TargetBaseName", "t//x/../n"}}),
+         list({"Convert texture (d/a.tga) -> /out/t/n.dds"})},
         {"another format", TEST_RULES().add("", "Texture", {{"TargetPath", "t"}, {"Format", "PNG"}}),
          list({"Convert texture (d/a.tga) -> /out/t/a.png"})},
         {"another format by the old rule", TEST_RULES().add("", "TextureOld", {{"TargetPath", "t"}, {"Format", "jpg"}}),
@@ -157,6 +165,9 @@ TEST(action_dispatch, which_rule_is_active) {
              .add("", "TextureOld", {{"TargetPath", "t"}, {"ExportExtraAlphaBlendTexture", "1"}}),
          list({"Convert texture (d/a.tga) -> /out/t/a.dds", "Convert texture (d/a.tga) -> /out/t/a_ab.dds"})},
         {"atlas without size", TEST_RULES().add("", "Atlas", {{"TargetBaseName", "p"}, {"Width", "0"}, {"Height", 64}}),
+         list({"Create atlas ! No target base name or width or height has been specified in the rule!"})},
+        {"atlas of more than 32 bits",
+         TEST_RULES().add("", "Atlas", {{"TargetBaseName", "p"}, {"Width", 4294967360LL}, {"Height", 1e300}}),
          list({"Create atlas ! No target base name or width or height has been specified in the rule!"})},
         {"atlas error follows the conversion",
          TEST_RULES().add("", "Texture", {{"TargetPath", "t"}}).add("", "Atlas", {{"Width", 64}, {"Height", 64}}),
@@ -185,7 +196,7 @@ TEST(action_dispatch, rows_that_come_before_others) {
 
 TEST(action_dispatch, atlases_gather_what_has_their_target) {
     TEST_RULES rules;
-    rules.add("", "Atlas", {{"TargetBaseName", "ui/{dir}//"}, {"Width", "64"}, {"Height", 64}})
+    rules.add("", "Atlas", {{"TargetBaseName", "../out//ui/{dir}//"}, {"Width", "64"}, {"Height", 64}})
         .add("b.png", "Texture", {{"TargetPath", "t"}})
         .add("c.tif", "Atlas", {{"TargetBaseName", "ui/d"}, {"Width", 128}, {"Height", 128}})
         .add("e.tga", "Atlas", {{"TargetBaseName", "//"}, {"Width", 8}, {"Height", 8}})
@@ -263,10 +274,32 @@ TEST(action_dispatch, the_old_rule_may_forbid_dxt1) {
     }
 }
 
+#if defined(__GXX_ABI_VERSION) && defined(__x86_64__)
+/// The slot that the next virtual operation would take. The destructor takes two here.
+template <typename ACTION>
+std::size_t next_slot() {
+    struct PROBE : ACTION {
+        using ACTION::ACTION;
+        virtual void next() {}
+    };
+    auto const operation = &PROBE::next;
+    std::size_t value = 0;
+    std::memcpy(&value, &operation, sizeof value);
+    return (value - 1) / sizeof(void*) - 1;
+}
+
+TEST(action_dispatch, actions_add_nothing_to_the_table_of_the_contract) {
+    std::size_t const next[] = {next_slot<ACTION_CONVERT>(), next_slot<ACTION_DDS_N>(), next_slot<ACTION_GLOSS_MAP>(),
+                                next_slot<ACTION_CHANNEL_COMBINE>(), next_slot<ACTION_ATLAS>()};
+    for (std::size_t const slot : next)
+        EXPECT_EQ(slot, 15u);
+}
+#endif
+
 TEST(suffixed_working_path, keeps_place_and_extension) {
     PATHS::set_roots(PHYSICAL_PATH(QStringLiteral("/raw")), PHYSICAL_PATH(QStringLiteral("/out")));
-    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/raw/d/a.b.tga")), "/w", "_ab"), "/w/d/a.b_ab.tga");
-    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/out/a.dds")), "/w", "_ab"), "/w/a_ab.dds");
+    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/raw/d/a.b.tga")), "_ab"), "/out/d/a.b_ab.tga");
+    EXPECT_EQ(suffixed_working_path(PHYSICAL_PATH(QStringLiteral("/out/a.dds")), "_ab"), "/out/a_ab.dds");
 }
 
 }  // namespace

@@ -90,7 +90,8 @@ TEST_F(action_texture_array, dependencies) {
         {"t/b\nt/a\nt/b\n\nt/none\nt/a.dds", "t/a.dds|t/b.dds"},
         {"t/a\r\nt/b\r\n", "t/a.dds|t/b.dds"},
         {"t/ a\n t/a\nt/a \n", "t/ a.dds"},
-        {"../t/a\n/t/a\n<working>/t/a\n", ""},
+        {"../t/a\n<working>/t/a\n", ""},
+        {"/t/a\n./t//a\nt/a\n../out/t/b\n", "t/b.dds|t/a.dds"},
         {"t/\xC3\xA4", "t/\xC3\xA4.dds"},
     };
     for (CASE const& c : cases) {
@@ -100,6 +101,14 @@ TEST_F(action_texture_array, dependencies) {
         EXPECT_EQ(needs("d/x.y.texture_array.agf").toStdString(), c.needs) << c.list;
     }
     EXPECT_EQ(graph.packages(), (QHash<QString, QString>{{"d/x.y.texture_array", ""}}));
+}
+
+TEST_F(action_texture_array, an_error_set_before_is_all_that_happens) {
+    ACTION_TEXTURE_ARRAY action(PHYSICAL_PATH(folder.write("raw/x.texture_array")), processor);
+    action.set_error("set before");
+    EXPECT_EQ(action.run(files, rules), ACTION_INTERFACE::STATUS_FAILED);
+    EXPECT_EQ(action.output_lines(), QStringList("set before"));
+    EXPECT_FALSE(QFile::exists(folder.path("raw/x.texture_array.agf")));
 }
 
 TEST_F(action_texture_array, legacy_fragments) {
@@ -138,9 +147,10 @@ TEST_F(action_texture_array, failures_leave_legacy_fragments) {
     framework::VERSION_CONTROL::set_current(&refusing);
     run("z.texture_array");
     framework::VERSION_CONTROL::set_current(nullptr);
-    EXPECT_EQ(status, ACTION_INTERFACE::STATUS_FAILED);
+    // The action has done its part; the host sees that version control has not.
+    EXPECT_EQ(status, ACTION_INTERFACE::STATUS_SUCCEEDED);
     EXPECT_EQ(lines, "somebody holds it");
-    EXPECT_TRUE(QFile::exists(folder.path("raw/z.agf")));
+    EXPECT_FALSE(QFile::exists(folder.path("raw/z.agf")));
 }
 
 TEST_F(action_texture_array, lists_that_cannot_be_read) {

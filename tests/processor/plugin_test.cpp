@@ -4,10 +4,12 @@
 #include "processor/host/plugin_interface.hpp"
 #include "processor/host/processor_interface.hpp"
 #include "processor/host/rule_schema.hpp"
+#include "tests/support/test_rules.hpp"
 
 #include <QJsonObject>
 #include <QLibrary>
 #include <QPluginLoader>
+#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -91,13 +93,29 @@ TEST(plugin, hands_out_new_processors_of_one_root_object) {
     auto const create =
         reinterpret_cast<CREATE_IMAGE_DATABASE_ACTION*>(library.resolve(create_image_database_action_name));
     ASSERT_NE(create, nullptr);
-    EXPECT_EQ(std::unique_ptr<ACTION_INTERFACE>(create(*one, "x"))->get_name(true),
-              "Save image info database for x expansion");
+    std::unique_ptr<ACTION_INTERFACE> const database(create(*one, "x"));
+    EXPECT_EQ(database->get_name(true), "Save image info database for x expansion");
+    database->set_error("set before");
+    EXPECT_EQ(database->run({}, TEST_RULES()), ACTION_INTERFACE::STATUS_FAILED);
+    EXPECT_EQ(database->output_lines(), QStringList("set before"));
 
     delete root;
     std::unique_ptr<QObject> const fresh(instance());
     EXPECT_NE(fresh, nullptr);
     library.unload();
+}
+
+TEST(plugin, exports_its_entry_points_and_nothing_else) {
+    QProcess nm;
+    nm.start(ZAB_TEST_NM, {"-D", "--defined-only", "--format=posix", ZAB_TEST_PLUGIN});
+    ASSERT_TRUE(nm.waitForFinished());
+    QStringList names;
+    for (QByteArray const& line : nm.readAllStandardOutput().split('\n'))
+        names.append(line.left(line.indexOf(' ')));
+    names.removeAll("");
+    names.sort();
+    EXPECT_EQ(names, (QStringList{"qt_plugin_instance", "qt_plugin_query_metadata", "zab_create_image_database_action",
+                                  "zab_limit_simd"}));
 }
 
 }  // namespace

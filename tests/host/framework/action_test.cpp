@@ -74,6 +74,50 @@ TEST(action_convert, target_from_the_source) {
     EXPECT_EQ(TEST_CONVERT(action).get_target().text(), "/w/a.b_ab.dds");
 }
 
+TEST(paths, one_file_has_one_logical_path) {
+    PATHS::set_roots(PHYSICAL_PATH(QStringLiteral("/p/raw")), PHYSICAL_PATH(QStringLiteral("/p/out")));
+    struct {
+        char const* spelling;
+        char const* physical;
+        char const* logical;
+    } const cases[] = {
+        {"<working>/t/a", "/p/out/t/a", "<working>/t/a"},
+        {"<working>//t/./x//../a", "/p/out//t/./x//../a", "<working>/t/a"},
+        {"<raw>/../out/t/a", "/p/raw/../out/t/a", "<working>/t/a"},
+        {"<working>/../../p/raw/.", "/p/out/../raw/.", "<raw>"},
+        {"<working>/../outing/a", "/p/outing/a", "/p/outing/a"},
+        // The stem of a file whose name is all suffix.
+        {"<raw>/d//", "/p/raw/d//", "<raw>/d/"},
+        {"<raw>/", "/p/raw/", "<raw>/"},
+        {"<rawest>/a", "<rawest>/a", "<rawest>/a"},
+        {"", "", ""},
+    };
+    for (auto const& c : cases) {
+        LOGICAL_PATH const made{QLatin1String(c.spelling)};
+        EXPECT_EQ(made.text(), c.logical) << c.spelling;
+        EXPECT_EQ(PATHS::logical_path(PHYSICAL_PATH(QLatin1String(c.physical))).text(), c.logical) << c.physical;
+        EXPECT_EQ(PATHS::logical_path(PATHS::physical_path(made)).text(), c.logical);
+    }
+
+    LOGICAL_PATH const source{QStringLiteral("<raw>/a.tga")};
+    PHYSICAL_PATH const file = PATHS::physical_path(source);
+    for (auto const& [value, path] :
+         std::initializer_list<std::pair<char const*, char const*>>{{"", ""},
+                                                                    {"/", ""},
+                                                                    {".", ""},
+                                                                    {"/t", "t"},
+                                                                    {"t/", "t"},
+                                                                    {"{dir}/t", "t"},
+                                                                    {"../out/t", "t"},
+                                                                    {"t/../../up", "../up"},
+                                                                    {"/../outing", "../outing"},
+                                                                    {"../raw/{name}", "../raw/a"}}) {
+        TEST_RULES rules;
+        rules.add("", "R", {{"P", value}});
+        EXPECT_EQ(PATHS::relative_target_path_from_rule_path(rules.get(source, "R"), "P", source, file), path) << value;
+    }
+}
+
 TEST(action_convert, no_earlier_target_survives_a_run) {
     TEST_FOLDER const folder;
     PATHS::set_roots(PHYSICAL_PATH(folder.path("raw")), PHYSICAL_PATH(folder.path("out")));

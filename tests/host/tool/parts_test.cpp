@@ -45,6 +45,10 @@ TEST(memory_estimate, texels_as_headers_announce_them) {
             "08000000 00000000");
     QByteArray const big_tif =
         hex("4d4d002a 00000008 0002 010000030000000102800000 010100040000000 1000001e0 00000000");
+    // Offsets of 64 bits.
+    QByteArray wide_tif =
+        hex("4d4d002b 00080000 0000000000000010 0000000000000002 0100 0003 0000000000000001 0280000000000000"
+            "0101 0004 0000000000000001 000001e000000000");
     QByteArray dds = hex("44445320 7c000000 07100000 e0010000 80020000 00000000 00000000");
     dds = dds.leftJustified(128, '\0');
     QByteArray volume = dds;
@@ -61,10 +65,10 @@ TEST(memory_estimate, texels_as_headers_announce_them) {
     std::uint64_t const texels = 640 * 480;
     for (CASE const& given :
          {CASE{"a.TGA", tga, texels}, CASE{"a.png", png, texels}, CASE{"a.jpg", jpg, texels},
-          CASE{"a.tif", tif, texels}, CASE{"b.tif", big_tif, texels}, CASE{"a.dds", dds, texels},
-          CASE{"v.dds", volume, 3 * texels}, CASE{"huge.dds", huge, ~std::uint64_t{0}}, CASE{"png.jpg", png, texels},
-          CASE{"cut.tga", tga.left(13), 0}, CASE{"cut.jpg", jpg.left(20), {}}, CASE{"loop.jpg", endless_jpg, {}},
-          CASE{"empty.tga", {}, {}}, CASE{"a.txt", "text", {}}}) {
+          CASE{"a.tif", tif, texels}, CASE{"b.tif", big_tif, texels}, CASE{"w.tif", wide_tif, texels},
+          CASE{"a.dds", dds, texels}, CASE{"v.dds", volume, 3 * texels}, CASE{"huge.dds", huge, ~std::uint64_t{0}},
+          CASE{"png.jpg", png, texels}, CASE{"cut.tga", tga.left(13), 0}, CASE{"cut.jpg", jpg.left(20), {}},
+          CASE{"loop.jpg", endless_jpg, {}}, CASE{"empty.tga", {}, {}}, CASE{"a.txt", "text", {}}}) {
         QString const path = folder.filePath(given.name);
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(given.bytes) == given.bytes.size());

@@ -1,10 +1,14 @@
 """Atlases from end to end: pages that are cut apart again by the index, read here and with code of this file alone."""
 
+import os
+import shutil
 import struct
+import subprocess
 import unittest
 
 from command_line import ProjectTest, tga
 
+STEPS = os.environ.get("ZAB_STEP_PLUGIN", "build/release/lib/step_plugin.so")
 RULE = '[[rule]]\nname = "Atlas"\nTargetBaseName = "ui/icons"\nWidth = {}\nHeight = {}\n'
 
 
@@ -83,6 +87,74 @@ class Atlas(ProjectTest):
         self.assertIn("*** Error: Loading texture @/raw_data/b.tga failed.\n", err)
         self.assertIn("Failed to load source texture: @/raw_data/b.tga\n", err)
         self.assertEqual(self.files(), [])
+
+    def test_who_else_may_write_a_page(self):
+        icons = {f"raw_data/a/{i}.tga": flat(32, 32, (i, 0, 0, 255)) for i in range(11)}
+        others = {"icons0.dds": '[[rule]]\nname = "Texture"\nmatch = "icons*.tga"\nTargetPath = "ui"\n',
+                  "icons10.dds": '[[rule]]\nname = "Atlas"\nmatch = "icons*.tga"\nTargetBaseName = "ui/icons1"\n',
+                  "icons2.tga": '[[rule]]\nname = "Texture"\nmatch = "icons*.tga"\nTargetPath = "ui"\nFormat = "tga"\n'}
+        for page, rule in others.items():
+            rules = RULE.format(32, 32).replace("\nT", '\nmatch = "a/"\nT', 1) + rule + "Width = 32\nHeight = 32\n"
+            name = page.replace(".dds", ".tga")
+            self.setUp()
+            self.write({"zab.toml": rules, f"raw_data/{name}": flat(32, 32, (1, 2, 3, 255)), **icons})
+            for _ in range(2):
+                _, _, err = self.check(["build"], 2, "")
+                self.assertIn(f"two actions may write working_data/ui/{page}, the name of an atlas's page\n", err)
+                self.assertEqual(self.files(), [])
+            # With fewer images it will not come to that.
+            for i in range(2, 11):
+                (self.folder / f"raw_data/a/{i}.tga").unlink()
+            self.check(["build"], 2 if page in ("icons0.dds", "icons2.tga") else 0)
+
+    def test_a_file_that_only_has_the_name_of_a_page(self):
+        images = {f"raw_data/{i}.tga": flat(32, 32, (i, 0, 0, 255)) for i in range(2)}
+        for own in ("ui/icons0.dds", "ui/icons2.dds", "ui/icons1.tga"):
+            for is_built in (False, True):
+                with self.subTest(own=own, is_built=is_built):
+                    self.setUp()
+                    self.write({"zab.toml": RULE.format(32, 32), **images})
+                    if is_built:
+                        self.check(["build"], 0)
+                        # What the state does not know, the index tells.
+                        shutil.rmtree(self.folder / ".zab")
+                        if own == "ui/icons0.dds":
+                            self.check(["build"], 0)
+                            continue
+                    self.write({f"working_data/{own}": "my own"})
+                    for command in ("build", "build", "clean"):
+                        status, _, err = self.zab(command)
+                        if command == "build":
+                            self.assertEqual(status, 1)
+                            self.assertIn(f"\nworking_data/{own} is no file of the atlas working_data/ui/icons.tai, but has "
+                                          "the name of one of its pages; ", err)
+                        self.assertEqual((self.folder / "working_data" / own).read_text(), "my own")
+                    self.assertEqual(self.files(), [own])
+                    (self.folder / "working_data" / own).unlink()
+                    self.check(["build"], 0)
+
+    def test_an_index_without_one_of_its_pages(self):
+        self.write({"zab.toml": "", "raw_data/a.step": "writes a\t\tui1.dds, 1, 2D, 0.0, 0.0, 0.0, 1.0, 1.0\nmakes ui.tai\n"
+                                                       "registers ui0.dds"})
+        _, _, err = self.check(["build", "--plugin", STEPS], 1)
+        self.assertIn("\nThe target was not made: @/working_data/ui1.dds\n", err)
+        self.assertEqual(self.files(), [])
+
+    @unittest.skipUnless(shutil.which("git"), "needs git")
+    def test_what_version_control_brings_back_stays(self):
+        self.write({"zab.toml": '[version_control]\nkind = "git"\n' + RULE.format(32, 32),
+                    "raw_data/a.tga": flat(32, 32, (1, 2, 3, 255))})
+        git = ["git", "-C", str(self.folder), "-c", "user.name=a", "-c", "user.email=a@b"]
+        subprocess.run([*git, "init", "-q"], check=True)
+        self.check(["build"], 0)
+        subprocess.run([*git, "commit", "-q", "-m", "built"], check=True)
+        page = (self.folder / "working_data/ui/icons0.dds").read_bytes()
+        index = self.folder / "working_data/ui/icons.tai"
+        index.unlink()
+        self.write({"raw_data/a.tga": flat(32, 32, (200, 2, 3, 255)), "working_data/ui/icons.tai/in_the_way": ""})
+        _, _, err = self.check(["build"], 1)
+        self.assertIn("*** Error: Unable to open file", err)
+        self.assertEqual((self.folder / "working_data/ui/icons0.dds").read_bytes(), page)
 
 
 if __name__ == "__main__":

@@ -11,6 +11,32 @@ import unittest
 from command_line import PLUGIN, RULE, ZAB, ProjectTest, tga
 
 
+class Spellings(ProjectTest):
+    def test_one_target_has_one_name(self):
+        """However a rule spells it, database, arrays, atlases and questions mean the same file."""
+        rules = ""
+        for path, base in (("/t", "a"), (".", "b"), ("../working_data/t", "c"), ("{dir}/t", "d"), ("t", "../e"), ("t", "s//f")):
+            name = base[-1]
+            rules += f'[[rule]]\nname = "Texture"\nmatch = "{name}.tga"\nTargetPath = "{path}"\nTargetBaseName = "{base}"\n'
+            self.write({f"raw_data/{name}.tga": tga(4, 4)})
+        self.write({"zab.toml": "[image_database]\nenabled = true\n" + rules +
+                    '[[rule]]\nname = "Atlas"\nmatch = "ui/"\nTargetBaseName = "../working_data//ui"\nWidth = 16\nHeight = 16\n',
+                    "raw_data/ui/x.tga": tga(16, 16), "raw_data/ui/y.tga": tga(16, 16),
+                    "raw_data/l.texture_array": "t/a\n./t//c\n/b\n"})
+        self.check(["build"], 0)
+        targets = ["b", "e", "t/a", "t/c", "t/d", "t/s/f", "ui0", "ui1"]
+        _, out, _ = self.check(["imgdb", "--json", "working_data/img_db.bin"], 0)
+        self.assertEqual([image["name"] for image in json.loads(out)], [f"{name}.dds" for name in targets])
+        self.assertEqual(re.findall('dependency fragment="(.*?)"', (self.folder / "raw_data/l.texture_array.agf").read_text()),
+                         ["t/c.dds", "b.dds", "t/a.dds"])
+        for name in targets:
+            self.assertIn("\nmade by action ", self.check(["explain", f"working_data/{name}.dds"], 0)[1])
+        self.assertIn("\nmade by action ", self.check(["explain", "<working>//t/../t/a.dds"], 0)[1])
+        (self.folder / "raw_data/ui/y.tga").unlink()
+        self.check(["build"], 0)
+        self.assertEqual([name for name in self.files() if name.startswith("ui")], ["ui.tai", "ui0.dds"])
+
+
 class WrongUse(ProjectTest):
     def test_command_lines(self):
         self.write({"zab.toml": RULE, "raw_data/a.tga": tga(8, 8), "elsewhere/a.tga": tga(8, 8)})

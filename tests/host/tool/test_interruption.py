@@ -90,7 +90,9 @@ class OthersFiles(StepTest):
                                 '[[rule]]\nname = "Texture"\nTargetPath = "new"\nmatch = "*.dds"\n',
                     "raw_data/a.tga": tga(8, 8), "raw_data/a.dds": "a source", "raw_data/b.tga": tga(8, 8)})
         _, _, err = self.check(["build"], 1)
-        self.assertIn("@/raw_data/a.dds is a source, and this action needs a file of that name for itself\n", err)
+        line = "@/raw_data/a.dds is a source, and this action needs a file of that name for itself\n"
+        self.assertIn(f"\n{line}", err)
+        self.assertIn(f"\n  raw_data/a.tga: {line}", err)
         self.assertEqual((self.folder / "raw_data/a.dds").read_text(), "a source")
         self.assertEqual(self.files(), ["old/b.dds"])
 

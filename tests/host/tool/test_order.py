@@ -44,6 +44,17 @@ class Order(ProjectTest):
         self.assertRegex(lines[-1], r"^2 built, 1 made no file, 4 failed in ")
         self.assertEqual(self.files(), ["d", "f"])
 
+    def test_the_closing_list_tells_the_cause(self):
+        sayings = {"a": ["Unknown compressor type: none", "Compression Format Unrecognised!"],
+                   "b": ["Warning: a channel is left out", "the cause", "Failed to convert!"],
+                   "c": ["Saving file: x", "the cause", "Failed to compress x"], "d": ["Saving file: x", "Failed to compress x"],
+                   "e": ["the cause", "warning: x"], "f": ["Warning: x"], "g": []}
+        status, lines = self.build({name: "\n".join([*(f"say {line}" for line in said), "drops ."])
+                                    for name, said in sayings.items()})
+        causes = [line.split(": ", 1)[1] for line in lines[lines.index("Failed:") + 1:-1]]
+        self.assertEqual(causes, ["Compression Format Unrecognised!", "the cause", "the cause", "Failed to compress x", "the cause",
+                                  "Warning: x", "failed without a word"])
+
     def test_a_file_of_an_earlier_build_is_no_success(self):
         self.build({"a": "makes a"})
         status, lines = self.build({"a": "idle\nmakes a"})

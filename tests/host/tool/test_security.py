@@ -138,13 +138,18 @@ class VersionControl(ProjectTest):
 
     @unittest.skipUnless(shutil.which("git"), "needs git")
     def test_the_real_git(self):
-        self.write({"zab.toml": '[version_control]\nkind = "git"\n' + RULE,
+        self.write({"zab.toml": '[image_database]\nenabled = true\n[version_control]\nkind = "git"\n' + RULE,
                     **{f"raw_data/{name}.tga": tga(4, 4) for name in NAMES}})
         subprocess.run(["git", "init", "-q", str(self.folder)], check=True)
-        self.check(["build", "-q"], 0, "", "")
-        listed = subprocess.run(["git", "ls-files", "-z"], cwd=self.folder, check=True, capture_output=True).stdout
-        self.assertEqual(sorted(listed.decode().split("\0")[:-1]),
-                         sorted(f"working_data/textures/{name}.dds" for name in NAMES))
+        textures = sorted(f"working_data/textures/{name}.dds" for name in NAMES)
+        # Whatever a build writes, and without textures no database.
+        for files in (["working_data/img_db.bin", *textures], textures):
+            self.check(["build", "-q"], 0, "", "")
+            listed = subprocess.run(["git", "ls-files", "-z"], cwd=self.folder, check=True, capture_output=True).stdout
+            self.assertEqual(sorted(listed.decode().split("\0")[:-1]), files)
+            for folder in ("raw_data", "working_data/textures"):
+                shutil.rmtree(self.folder / folder, ignore_errors=True)
+            (self.folder / "raw_data").mkdir()
 
 
 class Endless(ProjectTest):

@@ -66,7 +66,8 @@ class Reasons(StateTest):
         self.settled()
 
     def test_a_file_that_was_not_made_is_tried_again(self):
-        self.write({"raw_data/p.step": "say why\nidle\nmakes p.out", "raw_data/q.step": "idle\nmakes q.out"})
+        self.write({"raw_data/p.step": "say why\nidle\nmakes p.out", "raw_data/q.step": "idle\nmakes q.out",
+                    "working_data/q.out/in_the_way": ""})
         self.build()
         for _ in range(2):
             self.assertEqual(self.reasons(), {"p": "made no file the last time", "q": "made no file the last time"})
@@ -269,6 +270,41 @@ class Textures(StateTest):
         with open(self.plugin, "ab") as library:
             library.write(b"\0")
         self.assertEqual(list(self.reasons().values()), ["the plug-in changed"] * 3)
+
+
+class OddActions(StateTest):
+    plugin = PLUGIN
+
+    def test_a_source_that_is_not_listed(self):
+        mask, fourth = tga(4, 4), "raw_data/a_colormask4.tga"
+        self.write({"zab.toml": RULE + '[[rule]]\nname = "Texture"\nmatch = "*4.tga"\nCompressionFormat = "rgb"\n',
+                    "raw_data/a_colormask.tga": mask})
+        self.build()
+        for contents, why in ((mask, "is a new source"), (tga(4, 4, bytes(64)), "changed"), (None, "is no longer a source")):
+            self.change({fourth: contents})
+            self.assertEqual(self.reasons()["Convert mask texture (a)"], f"{fourth} {why}")
+            self.build()
+            self.settled()
+
+    def test_an_action_in_error_has_no_target(self):
+        """Its rule no longer says where to, and another action's target stands where it would go by itself."""
+        texture = '[[rule]]\nname = "Texture"\nmatch = "a.tga"\n'
+        old = '[[rule]]\nname = "TextureOld"\nmatch = "b.tga"\nForbidDXT1 = true\nTargetPath = "old"\n'
+        files = {"raw_data/a.tga": tga(4, 4), "raw_data/b.tga": tga(4, 4)}
+        self.write({"zab.toml": texture + 'TargetPath = ""\nTargetBaseName = "b"\n' + old, **files})
+        self.build()
+        self.write({"zab.toml": (texture + 'TargetPath = ""\nTargetBaseName = "b"\n' + old).replace('TargetPath = "old"\n', "")})
+        self.assertEqual(self.build(expected=1)[0], ["Convert texture (b.tga)"])
+        self.assertEqual(self.tool("explain", "raw_data/b.tga")[1].count("  makes "), 0)
+        self.assertEqual(self.tool("clean", "--stale", "-n")[1], "working_data/old/b.dds\n")
+        shutil.rmtree(self.folder / "working_data")
+        self.write({"zab.toml": texture.replace("Texture", "TextureOld"), "working_data/d": "in the way", "raw_data/d/a.tga": tga(4, 4)})
+        self.assertIn("(d/a.tga)\nNo target path has been specified in the rule!\n", self.build(expected=1)[1])
+
+    def test_an_instruction_set_that_is_none(self):
+        self.write({"zab.toml": "", "raw_data/": ""})
+        _, _, err = self.zab("--plugin", PLUGIN, "plan", environment={"ZAB_SIMD": "mmx"})
+        self.assertEqual(err.splitlines()[0], 'zab: warning: ZAB_SIMD is "mmx"; it takes scalar, sse4, avx2 or avx512')
 
 
 class Database(StateTest):

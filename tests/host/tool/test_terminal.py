@@ -64,7 +64,7 @@ class Terminal(StepTest):
         for i, name in enumerate(names):
             shown = name.replace("\x1b", "\\x1b")
             self.assertIn(f"{shown}\r\nof {i}\r\n", seen)
-        self.assertRegex(pieces[-1], r"(\A|\n)Failed:\r\n  raw_data/four.step: of 3\r\n3 built, 1 failed in \d\.\d s\r\n\Z")
+        self.assertRegex(pieces[-1], r"(\A|\n)Failed:\r\n  raw_data/four.step: told to fail\r\n3 built, 1 failed in \d\.\d s\r\n\Z")
 
     def test_colour(self):
         self.prepare({"a": "sleep 150\nsay x\nmakes a"})

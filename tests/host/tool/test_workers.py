@@ -117,6 +117,10 @@ class SideBySide(StepTest):
         self.assertEqual(status, 1, err)
         self.assertIn("another action makes working_data/shared as well\n", err)
         self.assertRegex(err, r"\n1 built, 1 failed in ")
+        # Nobody knows whose bytes the file holds, so it is neither's.
+        self.assertEqual(self.files(), ["a"])
+        _, out, _ = self.check(["plan", "--plugin", STEPS], 0)
+        self.assertIn("a: the target working_data/shared is missing\n", out)
         self.assertEqual(self.zab("build", "--plugin", STEPS)[0], 1)
 
     def test_the_same_bytes_for_any_number_of_jobs(self):

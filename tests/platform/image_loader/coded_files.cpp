@@ -74,42 +74,51 @@ BYTES make_png(PNG_FILE const& png) {
 }
 
 BYTES make_tif(TIF_FILE const& tif) {
-    BYTES file = {'I', 'I', 42, 0, 8, 0, 0, 0};
-    auto const put = [&](std::uint32_t value, int bytes) {
+    BYTES file = {'I', 'I', 42, 0};
+    auto const put = [&](std::uint64_t value, int bytes) {
         for (int i = 0; i < bytes; ++i) {
             file.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
         }
     };
     constexpr std::uint32_t type_short = 3;
     constexpr std::uint32_t type_long = 4;
-    std::uint32_t const entries = tif.has_alpha ? 11 : 10;
-    std::uint32_t const behind_directory = 8 + 2 + entries * 12 + 4;
+    int const word = tif.is_64 ? 8 : 4;
+    if (tif.is_64) {
+        file[2] = 43;
+        put(8, 4);
+    }
+    put(2u * static_cast<unsigned>(word), word);
+    std::uint32_t const entries = 9u + (tif.has_alpha ? 1 : 0) + (tif.tells_channels ? 1 : 0);
+    std::uint32_t const behind_directory = tif.is_64 ? 16 + 8 + entries * 20 + 8 : 8 + 2 + entries * 12 + 4;
     std::uint32_t const texels_at = behind_directory + 2 * 2 * tif.channels;
-    auto const entry = [&](std::uint32_t tag, std::uint32_t type, std::uint32_t count, std::uint32_t value) {
+    auto const entry = [&](std::uint32_t tag, std::uint32_t type, std::uint32_t count, std::uint64_t value) {
         put(tag, 2);
         put(type, 2);
-        put(count, 4);
-        put(value, 4);
+        put(count, word);
+        put(value, word);
     };
-    // Lists of up to two shorts stand in the entry itself, one after the other.
-    auto const per_channel = [&](std::uint32_t tag, std::uint32_t value, std::uint32_t at) {
-        entry(tag, type_short, tif.channels, tif.channels > 2 ? at : value | (tif.channels == 2 ? value << 16 : 0));
+    // Short lists of shorts stand in the entry itself, one after the other.
+    auto const per_channel = [&](std::uint32_t tag, std::uint64_t value, std::uint32_t at) {
+        std::uint64_t const all = value | value << 16 | value << 32 | value << 48;
+        entry(tag, type_short, tif.channels, 2 * tif.channels > word ? at : all >> (64 - 16 * tif.channels));
     };
-    put(entries, 2);
+    put(entries, tif.is_64 ? 8 : 2);
     entry(256, type_long, 1, tif.width);
     entry(257, type_long, 1, tif.height);
     per_channel(258, tif.bits, behind_directory);
-    entry(259, type_short, 1, 1);
+    entry(259, type_short, 1, tif.compression);
     entry(262, type_short, 1, tif.photometric);
     entry(273, type_long, 1, texels_at);
-    entry(277, type_short, 1, tif.channels);
+    if (tif.tells_channels) {
+        entry(277, type_short, 1, tif.channels);
+    }
     entry(278, type_long, 1, tif.height);
-    entry(279, type_long, 1, static_cast<std::uint32_t>(tif.texels.size()));
+    entry(279, type_long, 1, tif.texels.size());
     if (tif.has_alpha) {
         entry(338, type_short, 1, 2);
     }
     per_channel(339, tif.sample_format, behind_directory + 2u * tif.channels);
-    put(0, 4);
+    put(0, word);
     for (std::uint32_t const value : {tif.bits, tif.sample_format}) {
         for (int i = 0; i < tif.channels; ++i) {
             put(value, 2);

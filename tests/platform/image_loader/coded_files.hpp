@@ -31,6 +31,9 @@ struct TIF_FILE {
     std::uint16_t sample_format = 1;  ///< 1 unsigned, 3 float
     bool has_alpha = false;           ///< the last channel is unassociated alpha
     BYTES texels;                     ///< little-endian
+    bool tells_channels = true;
+    bool is_64 = false;  ///< offsets of 64 bits
+    std::uint16_t compression = 1;
 };
 BYTES make_tif(TIF_FILE const& tif);
 

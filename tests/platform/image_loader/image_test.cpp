@@ -107,7 +107,7 @@ TEST(image_from_dds, takes_single_pictures_only_but_reads_all_headers) {
     };
     for (CASE const& c : cases) {
         EXPECT_EQ(IMAGE(c.file).cause(), c.cause);
-        std::size_t const enough = std::min(c.file.size(), IMAGE::image_header_size(IMAGE_FORMAT::dds));
+        std::size_t const enough = std::min(c.file.size(), IMAGE::longest_header);
         IMAGE const header = IMAGE::read_header(std::span(c.file).first(enough));
         ASSERT_TRUE(header.valid()) << header.cause();
         EXPECT_EQ(header.texel_format(), c.format);
@@ -118,6 +118,41 @@ TEST(image_from_dds, takes_single_pictures_only_but_reads_all_headers) {
     EXPECT_TRUE(IMAGE::read_header(small).valid()) << "a file shorter than the longest header";
     small.resize(127);
     EXPECT_EQ(IMAGE::read_header(small).cause(), "the file ends after 127 of the 128 bytes of its DDS header");
+}
+
+TEST(image_from_dds, places_of_levels_behind_a_header) {
+    // "offset bytes pitch" of three levels of 8 x 8 texels.
+    struct CASE {
+        DXGI format;
+        std::size_t picture;
+        std::uint8_t depth;
+        bool is_cube;
+        char const* places;
+    };
+    static CASE const cases[] = {
+        {DXGI::b8g8r8a8_unorm, 256, 0, false, "0 256 32|256 64 16|320 16 8|"},
+        {DXGI::b8g8r8a8_unorm, 256, 0, true, "0 256 32|256 64 16|320 16 8|"},
+        {DXGI::b8g8r8a8_unorm, 256, 8, false, "0 256 32|2048 64 16|2304 16 8|"},
+        {DXGI::bc1_unorm, 32, 3, false, "0 32 16|96 8 8|104 8 8|"},
+        {DXGI::bc3_unorm, 64, 0, true, "0 64 32|64 16 16|80 16 16|"},
+        // A layout without a number: 24 bits, red first.
+        {DXGI::unknown, 192, 2, false, "0 192 24|384 48 12|432 12 6|"},
+    };
+    for (CASE const& c : cases) {
+        DDS_DESCRIPTION d = description(8, 1, c.format);
+        d.masks = {24, 0x0000ff, 0x00ff00, 0xff0000, 0};
+        BYTES file = dds(d, {BYTES(c.picture)});
+        file[24] = c.depth;
+        file[28] = 3;
+        file[113] = c.is_cube ? 0xfe : 0;
+        file[114] = c.depth > 0 ? 0x20 : 0;
+        IMAGE const header = IMAGE::read_header(file);
+        std::string places;
+        for (IMAGE_SURFACE const& surface : header.get_image_info().surfaces)
+            places += std::to_string(surface.offset) + ' ' + std::to_string(surface.bytes) + ' ' +
+                      std::to_string(surface.row_pitch) + '|';
+        EXPECT_EQ(places, c.places);
+    }
 }
 
 TEST(image, wraps_without_copying_and_checks_what_it_wraps) {

@@ -39,6 +39,8 @@ TEST(image_from_png, keeps_red_first_and_alpha_of_every_kind) {
         {"grey of 2 bits", {2, 1, 2, 0, {}, {}, false, {0, 0x60}}, {85, 85, 85, 255, 170, 170, 170, 255}},
         {"grey of 4 bits", {2, 1, 4, 0, {}, {}, false, {0, 0x1f}}, {17, 17, 17, 255, 255, 255, 255, 255}},
         {"grey with a key", {2, 1, 8, 0, {}, {0, 9}, false, {0, 9, 8}}, {9, 9, 9, 0, 8, 8, 8, 255}},
+        {"grey of 1 bit with a key", {2, 1, 1, 0, {}, {0, 1}, false, {0, 0x40}}, {0, 0, 0, 255, 255, 255, 255, 0}},
+        {"grey of 4 bits with a key", {2, 1, 4, 0, {}, {0, 5}, false, {0, 0x51}}, {85, 85, 85, 0, 17, 17, 17, 255}},
         {"grey and alpha", {1, 1, 8, 4, {}, {}, false, {0, 9, 7}}, {9, 9, 9, 7}},
         {"palette", {2, 1, 8, 3, {1, 2, 3, 4, 5, 6}, {}, false, {0, 1, 0}}, {4, 5, 6, 255, 1, 2, 3, 255}},
         {"palette with alpha", {2, 1, 8, 3, {1, 2, 3, 4, 5, 6}, {77}, false, {0, 1, 0}}, {4, 5, 6, 255, 1, 2, 3, 77}},
@@ -86,7 +88,16 @@ TEST(image_from_tif, becomes_blue_first) {
         {"RGBA", make_tif({1, 1, 8, 4, 2, 1, true, {1, 2, 3, 4}}), {3, 2, 1, 4}},
         {"grey", make_tif({2, 1, 8, 1, 1, 1, false, {9, 7}}), {9, 9, 9, 255, 7, 7, 7, 255}},
         {"grey, white is 0", make_tif({1, 1, 8, 1, 0, 1, false, {9}}), {246, 246, 246, 255}},
-        {"grey and alpha", make_tif({1, 1, 8, 2, 1, 1, true, {9, 7}}), {9, 9, 9, 7}},
+        {"grey that does not tell how many samples",
+         make_tif({2, 1, 8, 1, 1, 1, false, {9, 7}, false}),
+         {9, 9, 9, 255, 7, 7, 7, 255}},
+        {"offsets of 64 bits",
+         make_tif({1, 2, 8, 3, 2, 1, false, {1, 2, 3, 4, 5, 6}, true, true}),
+         {3, 2, 1, 255, 6, 5, 4, 255}},
+        {"grey and alpha", make_tif({2, 1, 8, 2, 1, 1, true, {9, 7, 9, 8}}), {9, 9, 9, 7, 9, 9, 9, 8}},
+        {"grey and alpha, offsets of 64 bits, white is 0",
+         make_tif({1, 1, 8, 2, 0, 1, true, {9, 7}, true, true}),
+         {246, 246, 246, 7}},
         {"CMYK", make_tif({1, 1, 8, 4, 5, 1, false, {255, 0, 0, 0}}), {255, 255, 0, 255}},
         {"grey of 16 bits", make_tif({1, 1, 16, 1, 1, 1, false, {0xff, 0x80}}), {128, 128, 128, 255}},
         {"RGB of 16 bits", make_tif({1, 1, 16, 3, 2, 1, false, {1, 1, 2, 2, 3, 3}}), {3, 2, 1, 255}},
@@ -159,6 +170,10 @@ TEST(image_from_coded_files, is_refused_with_its_reason) {
     wide.width = 100000;
     BYTES cut = make_png({1, 2, 8, 6, {}, {}, false, {0, 1, 2, 3, 4, 0, 5, 6, 7, 8}});
     cut.resize(45);
+    BYTES cut_tif = make_tif({1, 2, 8, 3, 2, 1, false, {1, 2, 3, 4, 5, 6}});
+    cut_tif.pop_back();
+    BYTES cut_deflate = make_tif({1, 1, 8, 3, 2, 1, false, BYTES(100), true, false, 8});
+    cut_deflate.resize(cut_deflate.size() - 50);
     TIF_FILE const float_alpha = {1, 1, 32, 2, 1, 3, true, BYTES(8)};
     struct CASE {
         BYTES file;
@@ -168,6 +183,8 @@ TEST(image_from_coded_files, is_refused_with_its_reason) {
         {make_tif(float_alpha), "grey with alpha is not supported in a TIF file of 32 bits a sample"},
         {{}, "this is no DDS, PNG, JPG or TIF file"},
         {BYTES(100, 'x'), "this is no DDS, PNG, JPG or TIF file"},
+        {cut_tif, "the TIF file ends within its texels"},
+        {cut_deflate, "the TIF file ends within its texels"},
         {cut, "the PNG file is damaged or of a kind that is not supported"},
         {{0xff, 0xd8, 0xff, 0xe0}, "the JPG file is damaged or of a kind that is not supported"},
         {make_png(huge), "the PNG header announces 65537 x 1 texels, more than an image may have"},
