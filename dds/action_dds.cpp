@@ -40,6 +40,8 @@ bool ACTION_DDS::convert(PHYSICAL_PATH const& source, PHYSICAL_PATH const& targe
     // there after a failure is somebody else's.
     if (!compressor.process_tga(QE::UniString(), nullptr, wide(source), false, true, forbid_dxt1_))
         return false;
+    // It is there: the host learns which file it is.
+    announce_working_file(work_file);
     remove_target(target);
     std::string cause;
     if (QE::move_file(native_target(work_file), native_target(target), cause))

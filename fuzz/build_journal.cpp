@@ -11,7 +11,7 @@ using namespace tool;
 std::vector<UNFINISHED_ACTION> actions_in(QByteArray bytes) {
     QBuffer journal(&bytes);
     journal.open(QIODevice::ReadOnly);
-    return read_journal(journal);
+    return read_journal(journal).actions;
 }
 
 /// Halves of a surrogate pair, which JSON can name and UTF-8 cannot.
@@ -37,9 +37,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t siz
     bool can_be_written = true;
     for (UNFINISHED_ACTION const& action : actions) {
         fuzz::require(action.started >= 0 && action.started <= qint64{1} << 53, "an action started at some time");
-        for (QString const& file : action.files) {
-            fuzz::require(!file.isEmpty(), "a file has a name");
-            can_be_written = can_be_written && has_utf_8(file);
+        for (FILE_AT_RISK const& file : action.files) {
+            fuzz::require(!file.path.isEmpty(), "a file has a name");
+            can_be_written = can_be_written && has_utf_8(file.path);
         }
         int const number = ends.count('\n') + 1;
         again += journal_line(JOURNAL_EVENT::started, number, action.files, action.started);

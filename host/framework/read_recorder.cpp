@@ -1,6 +1,8 @@
 #include "host/framework/read_recorder.hpp"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <tuple>
 
 namespace framework {
@@ -35,7 +37,10 @@ void tidy(std::vector<ORIGIN>& origins) {
 bool is_same_value(QVariant const& left, QVariant const& right) {
     if (left.userType() != right.userType())
         return false;
-    return left.type() == QVariant::Double ? left.toDouble() == right.toDouble() : left == right;
+    // By their bits: a number that is none equals itself here, and the two zeros are two values.
+    if (left.type() == QVariant::Double)
+        return std::bit_cast<std::uint64_t>(left.toDouble()) == std::bit_cast<std::uint64_t>(right.toDouble());
+    return left == right;
 }
 
 READ_LISTENER::READ_LISTENER() : former_(s_listener) {

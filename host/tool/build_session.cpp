@@ -3,12 +3,14 @@
 #include "host/framework/absolute_path.hpp"
 #include "host/framework/printable.hpp"
 #include "host/tool/database_step.hpp"
+#include "host/tool/plugin_call.hpp"
+#include "host/tool/state_folder.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QDir>
 #include <QFileInfo>
 
-#include <dlfcn.h>
+#include <stdexcept>
 
 namespace tool {
 
@@ -21,6 +23,10 @@ bool lies_in(QString const& path, QString const& folder) {
 }  // namespace
 
 BUILD_SESSION::~BUILD_SESSION() {
+    {
+        PLUGIN_CALL const call(plugin_file());
+        actions_.clear();
+    }
     ACTION_INTERFACE::s_asset_graph = nullptr;
     ACTION_INTERFACE::s_database = nullptr;
     framework::VERSION_CONTROL::set_current(nullptr);
@@ -57,6 +63,10 @@ EXIT_CODE BUILD_SESSION::open_project() {
     if (EXIT_CODE const code = report(diagnostics); code != EXIT_CODE::success)
         return code;
     PATHS::set_roots(PHYSICAL_PATH(project_->raw), PHYSICAL_PATH(project_->working));
+    if (auto const refusal = why_no_state_folder(project_->state_folder)) {
+        console_.error(*refusal);
+        return EXIT_CODE::environment;
+    }
     return EXIT_CODE::success;
 }
 
@@ -97,24 +107,26 @@ QString BUILD_SESSION::plugin_file() const {
     return options_.plugin.empty() ? PLUGIN_HOST::default_path() : argument(options_.plugin);
 }
 
-QStringList BUILD_SESSION::plugin_libraries() const {
-    Dl_info framework = {};
-    dladdr(reinterpret_cast<void const*>(&framework::note_file_look_up), &framework);
-    return {framework::absolute_path(plugin_file()),
-            QFileInfo(QFile::decodeName(framework.dli_fname)).absoluteFilePath()};
+std::vector<MAPPED_LIBRARY> BUILD_SESSION::plugin_libraries() const {
+    QString const plugin = framework::absolute_path(plugin_file());
+    std::vector<MAPPED_LIBRARY> libraries = libraries_of(plugin);
+    libraries.push_back({plugin, {}});
+    return libraries;
 }
 
 EXIT_CODE BUILD_SESSION::load_plugin() {
-    QString error;
-    if (!plugin_.load(plugin_file(), error)) {
-        console_.error(framework::printable(error));
-        return EXIT_CODE::environment;
-    }
-    QByteArray const simd = qgetenv("ZAB_SIMD");
-    if (!simd.isEmpty() && plugin_.limit_simd() && !plugin_.limit_simd()(simd))
-        console_.warning(QStringLiteral("ZAB_SIMD is \"%1\"; it takes scalar, sse4, avx2 or avx512")
-                             .arg(framework::printable(QString::fromLocal8Bit(simd))));
-    return EXIT_CODE::success;
+    return call_plugin(plugin_file(), console_, [&] {
+        QString error;
+        if (!plugin_.load(plugin_file(), error)) {
+            console_.error(framework::printable(error));
+            return EXIT_CODE::environment;
+        }
+        QByteArray const simd = qgetenv("ZAB_SIMD");
+        if (!simd.isEmpty() && plugin_.limit_simd() && !plugin_.limit_simd()(simd))
+            console_.warning(QStringLiteral("ZAB_SIMD is \"%1\"; it takes scalar, sse4, avx2 or avx512")
+                                 .arg(framework::printable(QString::fromLocal8Bit(simd))));
+        return EXIT_CODE::success;
+    });
 }
 
 EXIT_CODE BUILD_SESSION::create_actions() {
@@ -130,6 +142,18 @@ EXIT_CODE BUILD_SESSION::create_actions() {
     framework::check_rule_names(rules_->files(), RULE_SCHEMA::all(), diagnostics);
     console_.report(diagnostics);
 
+    EXIT_CODE const code = call_plugin(plugin_file(), console_, [&] { return ask_for_actions(); });
+    if (code != EXIT_CODE::success)
+        return code;
+    if (project_->image_database && (!plugin_.image_database() || plugin_.processors().empty())) {
+        console_.error(
+            QStringLiteral("the project asks for an image-information database, and the plug-in makes none"));
+        return EXIT_CODE::environment;
+    }
+    return EXIT_CODE::success;
+}
+
+EXIT_CODE BUILD_SESSION::ask_for_actions() {
     for (auto const& processor : plugin_.processors()) {
         for (auto const& [path, time] : processor->get_virtual_files(files_.map, *rules_)) {
             LOGICAL_PATH const logical = PATHS::logical_path(path);
@@ -139,19 +163,19 @@ EXIT_CODE BUILD_SESSION::create_actions() {
     }
     {
         framework::RULE_QUESTION_RECORDER recorder;
-        for (auto const& processor : plugin_.processors())
-            for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_))
+        for (auto const& processor : plugin_.processors()) {
+            for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_)) {
+                if (!action)
+                    throw std::runtime_error("its processor \"" + processor->get_name().toStdString() +
+                                             "\" answered with a null action");
                 actions_.emplace_back(action);
+            }
+        }
         rule_questions_ = recorder.take();
     }
     files_.map.set_look_up_hook(&framework::note_file_look_up);
     for (auto const& action : actions_)
         action->add_external_dependencies(files_.map, *rules_);
-    if (project_->image_database && (!plugin_.image_database() || plugin_.processors().empty())) {
-        console_.error(
-            QStringLiteral("the project asks for an image-information database, and the plug-in makes none"));
-        return EXIT_CODE::environment;
-    }
     return EXIT_CODE::success;
 }
 
@@ -162,6 +186,8 @@ void BUILD_SESSION::know_file(PHYSICAL_PATH const& physical, LOGICAL_PATH const&
 
 void BUILD_SESSION::create_database_actions() {
     for (auto& action : make_database_actions(*this, *plugin_.image_database(), *plugin_.processors().front())) {
+        if (!action)
+            throw std::runtime_error("it answered with a null action for the image-information database");
         action->add_external_dependencies(files_.map, *rules_);
         actions_.push_back(std::move(action));
     }

@@ -9,6 +9,7 @@
 #include "host/framework/xml_tables.hpp"
 #include "host/tool/command.hpp"
 #include "host/tool/host_schemas.hpp"
+#include "host/tool/mapped_libraries.hpp"
 #include "host/tool/plugin_host.hpp"
 #include "processor/host/action_interface.hpp"
 #include "processor/host/asset_graph.hpp"
@@ -46,19 +47,20 @@ public:
     void create_database_actions();
     /// What was asked of the rules while the actions were made.
     framework::RULE_QUESTIONS const& rule_questions() const { return rule_questions_; }
-    /// The files that hold the plug-in's code: its own and the framework's.
-    QStringList plugin_libraries() const;
+    QString plugin_file() const;
+    /// The files that hold the plug-in's code: its own, the framework's, and all that it works with.
+    std::vector<MAPPED_LIBRARY> plugin_libraries() const;
 
     /// A path from the command line, taken from the current folder, as a path of this project ("<raw>/...",
     /// "<working>/..."); nothing when it lies outside both roots. It may be given as a logical path as well.
     std::optional<QString> project_path(std::string const& given) const;
 
 private:
-    QString plugin_file() const;
     EXIT_CODE scan();
     EXIT_CODE read_rules();
     EXIT_CODE read_tables();
     EXIT_CODE create_actions();
+    EXIT_CODE ask_for_actions();
     EXIT_CODE report(framework::DIAGNOSTICS const& diagnostics) const;
 
     CONSOLE& console_;

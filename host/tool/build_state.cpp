@@ -1,5 +1,6 @@
 #include "host/tool/build_state.hpp"
 
+#include "host/tool/change_times.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QFileInfo>
@@ -48,6 +49,9 @@ BUILD_STATE::BUILD_STATE(BUILD_SESSION& session, CONSOLE& console)
 BUILD_STATE::~BUILD_STATE() = default;
 
 void BUILD_STATE::open(PLAN const& plan) {
+    // Nothing is tried in the raw folder, which may lie on one of these devices or on a third.
+    learn_change_times(session_.project().state_folder);
+    learn_change_times(session_.project().working);
     read_rows();
     identify_plugin();
     comparison_.emplace(session_, looker_, plugin_);
@@ -77,16 +81,24 @@ void BUILD_STATE::read_rows() {
         next_id_ = std::max(next_id_, record.id + 1);
     if (!warning.isEmpty())
         console_.warning(warning);
+    if (!is_sound())
+        console_.error(store_.error());
 }
 
-// The libraries are large, so what they hold is kept with their stamps.
+// Where the linker gave a library no name for its build, what it holds counts. Libraries are large, so that is kept
+// with their stamps.
 void BUILD_STATE::identify_plugin() {
     QString warning;
     std::vector<STATE_STORE::RECORD> known = store_.read(TABLE::libraries, warning);
     for (STATE_STORE::RECORD const& record : known)
         next_id_ = std::max(next_id_, record.id + 1);
     QByteArray together;
-    for (QString const& file : session_.plugin_libraries()) {
+    for (MAPPED_LIBRARY const& library : session_.plugin_libraries()) {
+        QString const file = QFileInfo(library.path).absoluteFilePath();
+        if (!library.build_id.isEmpty()) {
+            together += library.build_id;
+            continue;
+        }
         auto record = std::find_if(known.begin(), known.end(), [&](auto const& entry) { return entry.key == file; });
         FILE_CONTENTS const former = record == known.end() ? FILE_CONTENTS() : to_contents(record->content);
         FILE_CONTENTS const now = looker_.look(file, former);
@@ -393,6 +405,9 @@ void BUILD_STATE::settle(bool wait) {
                     continue;
                 QString const path = physical(file.path);
                 std::int64_t const time = time_until_settled(stamp_of(path));
+                // Not to be had by waiting.
+                if (time < 0)
+                    continue;
                 if (time > 0 && wait)
                     std::this_thread::sleep_for(std::chrono::nanoseconds(time));
                 if (time > 0 && !wait) {
@@ -425,7 +440,7 @@ void BUILD_STATE::finish() {
     drop_unused_settings();
     store_.commit();
     if (!store_.error().isEmpty())
-        console_.warning(store_.error() + QStringLiteral("; the next build runs these actions again"));
+        console_.error(store_.error() + QStringLiteral("; the next build runs these actions again"));
 }
 
 // Every change of a rule leaves settings behind that no action has any more. They are small, so a few may stay.

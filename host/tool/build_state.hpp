@@ -41,8 +41,10 @@ public:
     bool is_registered_by_another(PLANNED_ACTION const& planned, QString const& file);
     /// Whether the file comes from this action as it ran last, or is as some other action left it. `path` is logical.
     bool is_made_by_build(PLANNED_ACTION const& planned, QString const& path);
-    /// The end of a build: what is still to be written is. One warning says so if that failed.
+    /// The end of a build: what is still to be written is. An error says so if that failed.
     void finish();
+    /// Whether all could be read and written down so far.
+    bool is_sound() const { return store_.error().isEmpty(); }
 
     struct STALE_TARGET {
         LOGICAL_PATH path;

@@ -56,10 +56,10 @@ bool BUILD_STATE::is_made_by_build(PLANNED_ACTION const& planned, QString const&
         if (record.key == path && to_contents(record.content).hash == now.hash)
             return true;
     // Before a build goes on after another one that was cut off, it removes these.
-    for (UNFINISHED_ACTION const& unfinished : BUILD_JOURNAL::left_over(session_.project().state_folder))
-        if (unfinished.files.contains(file))
-            return true;
-    return false;
+    BUILD_JOURNAL::LEFT_OVER const left = BUILD_JOURNAL::left_over(session_.project().state_folder);
+    return std::any_of(left.actions.begin(), left.actions.end(), [&](UNFINISHED_ACTION const& unfinished) {
+        return unfinished_files(unfinished, left.last_sign_of_life).contains(file);
+    });
 }
 
 QSet<QString> BUILD_STATE::current_targets() const {

@@ -99,7 +99,7 @@ public:
         RUN_COUNTS const counts = run_with_last_step(std::move(plan), session, {fail_fast_, observers, run_part});
         journal.close();
         say_what_is_stale(context.console, *opened.state);
-        return exit_code(context.console, session, counts, events);
+        return exit_code(context.console, session, counts, *opened.state, events);
     }
 
 private:
@@ -144,20 +144,22 @@ private:
     }
 
     static EXIT_CODE exit_code(CONSOLE& console, BUILD_SESSION const& session, RUN_COUNTS const& counts,
-                               EVENT_WRITER const& events) {
+                               BUILD_STATE const& state, EVENT_WRITER const& events) {
         if (counts.interrupted)
             return EXIT_CODE::interrupted;
         if (counts.failed > 0) {
+            bool is_full = false;
             for (QString const& folder : {session.project().working, session.project().state_folder}) {
                 QStorageInfo const disk(folder);
-                bool const lacks_room = folder == session.project().working && counts.disk_full;
-                if (lacks_room || (disk.isValid() && disk.bytesAvailable() < full_disk)) {
-                    console.error(QStringLiteral("the disk that holds %1 is full").arg(CONSOLE::shown(folder)));
-                    return EXIT_CODE::environment;
-                }
+                if (is_full || !disk.isValid() || disk.bytesAvailable() >= full_disk)
+                    continue;
+                console.error(QStringLiteral("the disk that holds %1 is full").arg(CONSOLE::shown(folder)));
+                is_full = true;
             }
-            return EXIT_CODE::failed;
+            return is_full || counts.surroundings_failed > 0 ? EXIT_CODE::environment : EXIT_CODE::failed;
         }
+        if (!state.is_sound())
+            return EXIT_CODE::environment;
         if (!events.is_sound()) {
             console.error(QStringLiteral("the events could not be written to their end"));
             return EXIT_CODE::environment;

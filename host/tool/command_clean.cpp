@@ -2,6 +2,7 @@
 // what earlier builds made and no action makes any more, and nothing else.
 #include "host/tool/atlas_pages.hpp"
 #include "host/tool/open_plan.hpp"
+#include "host/tool/plugin_call.hpp"
 #include "host/tool/project_lock.hpp"
 #include "host/tool/target_guard.hpp"
 #include "processor/host/paths.hpp"
@@ -59,7 +60,7 @@ private:
         }
         if (!dry_run_)
             opened.state->finish();
-        return EXIT_CODE::success;
+        return opened.state->is_sound() ? EXIT_CODE::success : EXIT_CODE::environment;
     }
 
     EXIT_CODE clean_all(CONTEXT& context) {
@@ -70,7 +71,13 @@ private:
         if (EXIT_CODE const code = session.open(); code != EXIT_CODE::success)
             return code;
         // Removing needs no order, and what two actions claim is a target all the same.
-        PLAN plan = make_plan(session);
+        PLAN plan;
+        EXIT_CODE const code = call_plugin(session.plugin_file(), context.console, [&] {
+            plan = make_plan(session);
+            return EXIT_CODE::success;
+        });
+        if (code != EXIT_CODE::success)
+            return code;
         BUILD_STATE state(session, context.console);
         state.open(plan);
         for (PLANNED_ACTION& planned : plan.actions)
@@ -109,10 +116,7 @@ private:
     }
 
     void remove_state(CONSOLE& console, QString const& path) {
-        QFileInfo const info(path);
-        if (info.isSymLink())
-            note(console, path, dry_run_ || QFile::remove(path));
-        else if (info.isDir())
+        if (QFileInfo(path).isDir())
             note(console, path, dry_run_ || QDir(path).removeRecursively());
     }
 

@@ -1,5 +1,7 @@
 #include "host/tool/database_step.hpp"
 
+#include "host/tool/plugin_call.hpp"
+
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QSet>
@@ -56,6 +58,7 @@ private:
 /// Brings the file map up to date, and asks the actions that ran once more for their targets: some know them only now.
 void take_in_made_files(BUILD_SESSION& session, PLAN const& plan, RELAY const& relay) {
     session.know_made_files();
+    PLUGIN_CALL const call(session.plugin_file());
     for (PLANNED_ACTION const& planned : plan.actions) {
         if (!relay.has_succeeded(planned))
             continue;
@@ -75,6 +78,7 @@ void take_in_made_files(BUILD_SESSION& session, PLAN const& plan, RELAY const& r
 
 /// The last step as a plan of its own, with the sources of now.
 PLAN last_step(std::vector<PLANNED_ACTION> actions, BUILD_SESSION& session, PLAN const& before, RELAY const& relay) {
+    PLUGIN_CALL const call(session.plugin_file());
     for (PLANNED_ACTION& planned : actions) {
         for (PLANNED_ACTION::NEED const& need : planned.needs) {
             // Actions of the last step do not need each other.
@@ -189,7 +193,7 @@ RUN_COUNTS run_with_last_step(PLAN plan, BUILD_SESSION& session, STEPPED_RUN con
         counts.made_no_file += more.made_no_file;
         counts.up_to_date += more.up_to_date;
         counts.failed += more.failed;
-        counts.disk_full = counts.disk_full || more.disk_full;
+        counts.surroundings_failed += more.surroundings_failed;
         counts.not_run += more.not_run;
         counts.interrupted = more.interrupted;
     }

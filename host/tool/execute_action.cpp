@@ -24,6 +24,7 @@
 #include <exception>
 #include <vector>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace tool {
@@ -48,13 +49,15 @@ std::optional<QString> why_unwritable(QString folder) {
 }
 
 /// Opens the targets in version control. Nothing, or why one cannot be written or the action may not run.
-std::optional<QString> prepare_targets(PLANNED_ACTION const& planned) {
+std::optional<QString> prepare_targets(PLANNED_ACTION const& planned, ACTION_RESULT& result) {
     // It may have come since the plan was made.
     if (QString const file = working_file_in_the_way(planned); !file.isEmpty())
         return refusal_of_file_in_the_way(file);
     for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets) {
-        if (auto refusal = why_unwritable(QFileInfo(target.physical_path.text()).path()))
+        if (auto refusal = why_unwritable(QFileInfo(target.physical_path.text()).path())) {
+            result.surroundings_failed = true;
             return refusal;
+        }
         if (auto refusal = framework::VERSION_CONTROL::current().prepare_write(target.physical_path))
             return refusal;
     }
@@ -110,20 +113,22 @@ bool was_removed(PLANNED_ACTION const& planned, ACTION_INTERFACE::TARGET_FILE co
     });
 }
 
-// Actions that cannot write say so in fixed words, and what they wrote is gone again when the disk is looked at. So it
-// is compared with what they had to write: four bits a texel for the smallest target, 32 and the levels for the
-// largest.
-void look_at_disk(PLANNED_ACTION const& planned, ACTION_RESULT& result) {
+// Actions that cannot write say so in fixed words, and what they wrote is gone again when the disk is looked at. So
+// what there is room for is compared with the most that they had to write: 32 bits a texel, and the levels.
+void look_at_room(PLANNED_ACTION const& planned, ACTION_RESULT& result) {
     std::uint64_t texels = 0;
     for (LOGICAL_PATH const& source : planned.sources)
-        texels = std::max(texels, announced_texels(PATHS::physical_path(source)).value_or(0));
+        texels += announced_texels(PATHS::physical_path(source)).value_or(0);
+    std::uint64_t const most = texels / 3 * 16;
     QStorageInfo const disk(PATHS::working_data().text());
-    if (!disk.isValid() || texels == 0)
-        return;
-    auto const left = static_cast<std::uint64_t>(disk.bytesAvailable());
-    if (left / 16 < texels / 3)
+    auto const left = disk.isValid() ? static_cast<std::uint64_t>(disk.bytesAvailable()) : most;
+    rlimit allowed = {};
+    std::uint64_t const longest = getrlimit(RLIMIT_FSIZE, &allowed) == 0 ? allowed.rlim_cur : RLIM_INFINITY;
+    if (left < most)
         result.diagnosis = QStringLiteral("the disk has only %1 KB left").arg(left / 1024);
-    result.disk_full = left < texels / 2;
+    else if (longest < most)
+        result.diagnosis = QStringLiteral("a file may have only %1 KB").arg(longest / 1024);
+    result.surroundings_failed = !result.diagnosis.isEmpty();
 }
 
 ACTION_INTERFACE::STATUS run(PLANNED_ACTION const& planned, FILE_MAP const& files, RULE_CACHE const& rules,
@@ -157,7 +162,7 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
     WRITTEN_FILES_RECORDER const writes;
     ACTION_INTERFACE::STATUS status = ACTION_INTERFACE::STATUS_FAILED;
     std::vector<FILE_STAMP> const before = target_stamps(planned);
-    if (auto const refusal = prepare_targets(planned))
+    if (auto const refusal = prepare_targets(planned, result))
         own_line = *refusal;
     else
         status = run(planned, files, rules, own_line);
@@ -192,8 +197,8 @@ ACTION_RESULT execute_action(PLANNED_ACTION const& planned, FILE_MAP const& file
             if (!result.diagnosis.isEmpty())
                 break;
         }
-        if (result.diagnosis.isEmpty())
-            look_at_disk(planned, result);
+        if (result.diagnosis.isEmpty() && !result.surroundings_failed)
+            look_at_room(planned, result);
     }
     return result;
 }

@@ -20,8 +20,8 @@ struct ACTION_RESULT {
     QStringList lines;
     /// What the tool finds out about the cause of a failure by itself; may be empty.
     QString diagnosis;
-    /// It failed, and not even the smallest target that its sources can become has room on the disk.
-    bool disk_full = false;
+    /// It failed for want of room, rights or processes: what it is made from may be all right.
+    bool surroundings_failed = false;
     /// What ended the action from outside, in half a sentence; empty when it ended by itself.
     QString killed_by;
     /// What libraries wrote past the action, straight to standard error or standard output.

@@ -2,8 +2,11 @@
 // both times. Whoever looks between the two must not trust what he sees; git calls such an entry "racily clean".
 #include "host/tool/file_contents.hpp"
 
+#include "host/tool/change_times.hpp"
+
 #include <QFile>
 
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -24,14 +27,19 @@ constexpr std::int64_t fine_grain = 20'000'000;
 // File systems without parts of a second: their clocks go in steps of one or two seconds.
 constexpr std::int64_t coarse_grain = 2 * second;
 
+// Of a file whose stamp is never settled, because nothing in it is safe from being set back.
+constexpr std::int64_t no_change_time = std::numeric_limits<std::int64_t>::min();
+
 std::int64_t nanoseconds(timespec const& time) {
     return time.tv_sec * second + time.tv_nsec;
 }
 
-FILE_STAMP to_stamp(struct stat const& status) {
+FILE_STAMP to_stamp(struct stat const& status, char const* path) {
     if (!S_ISREG(status.st_mode))
         return {};
-    return {status.st_size, nanoseconds(status.st_mtim), nanoseconds(status.st_ctim), status.st_ino};
+    bool const has_change_time = keeps_change_times(status.st_dev, path);
+    return {status.st_size, nanoseconds(status.st_mtim), has_change_time ? nanoseconds(status.st_ctim) : no_change_time,
+            status.st_ino};
 }
 
 }  // namespace
@@ -65,10 +73,13 @@ std::optional<CONTENT_HASH> hash_of_open_file(int descriptor) {
 
 FILE_STAMP stamp_of(QString const& path) {
     struct stat status = {};
-    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? to_stamp(status) : FILE_STAMP();
+    QByteArray const name = QFile::encodeName(path);
+    return ::stat(name.constData(), &status) == 0 ? to_stamp(status, name.constData()) : FILE_STAMP();
 }
 
 std::int64_t time_until_settled(FILE_STAMP const& stamp) {
+    if (stamp.changed == no_change_time)
+        return -1;
     timespec clock = {};
     clock_gettime(CLOCK_REALTIME, &clock);
     bool const is_coarse = stamp.changed % second == 0;
@@ -90,7 +101,8 @@ FILE_CONTENTS contents_of(QString const& path, FILE_CONTENTS const& known) {
         return known;
     FILE_CONTENTS contents;
     bool const was_settled = is_settled(before);
-    int const file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    QByteArray const name = QFile::encodeName(path);
+    int const file = ::open(name.constData(), O_RDONLY | O_CLOEXEC);
     if (file < 0)
         return {};
     std::optional<CONTENT_HASH> const hash = hash_of_open_file(file);
@@ -98,7 +110,7 @@ FILE_CONTENTS contents_of(QString const& path, FILE_CONTENTS const& known) {
     contents.hash = hash.value_or(CONTENT_HASH());
     // Written while it was read: the next look reads it again.
     struct stat status = {};
-    if (was_settled && ::fstat(file, &status) == 0 && to_stamp(status) == before)
+    if (was_settled && ::fstat(file, &status) == 0 && to_stamp(status, name.constData()) == before)
         contents.stamp = before;
     ::close(file);
     return contents.exists ? contents : FILE_CONTENTS();

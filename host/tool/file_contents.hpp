@@ -19,7 +19,8 @@ struct FILE_STAMP {
     std::int64_t size = -1;
     /// Nanoseconds since 1970.
     std::int64_t modified = 0;
-    /// When the file's entry last changed, which nobody can set back.
+    /// When the file's entry last changed, which nobody can set back; where the file system does not keep that, a value
+    /// that is never settled.
     std::int64_t changed = 0;
     std::uint64_t inode = 0;
 

@@ -2,6 +2,7 @@
 // into an exit status.
 #include "host/tool/command.hpp"
 #include "host/tool/command_surface.hpp"
+#include "host/tool/plugin_call.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -9,8 +10,13 @@
 #include <QTextCodec>
 
 #include <clocale>
+#include <csignal>
 #include <exception>
 #include <map>
+#include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -147,15 +153,32 @@ EXIT_CODE run(int argc, char** argv) {
     return code;
 }
 
+// Whoever starts the program may have closed these; the next files that it opened would take their places, and messages
+// would land in them.
+bool open_standard_streams() {
+    int file = STDIN_FILENO;
+    while (file >= 0 && file <= STDERR_FILENO)
+        file = open("/dev/null", O_RDWR);
+    return file >= 0 && close(file) == 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (!open_standard_streams())
+        return static_cast<int>(EXIT_CODE::environment);
+    // A file that may not grow any more is an error like others (EFBIG), and no reason to die.
+    std::signal(SIGXFSZ, SIG_IGN);
+    install_crash_messages();
     // File names are UTF-8 whatever the locale says, and numbers in files have points.
     QCoreApplication const application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     try {
         return static_cast<int>(run(argc, argv));
+    } catch (std::bad_alloc const&) {
+        CONSOLE().error(QStringLiteral("not enough memory"));
+        return static_cast<int>(EXIT_CODE::environment);
     } catch (std::exception const& exception) {
         CONSOLE().error(QStringLiteral("internal error: ") + QString::fromUtf8(exception.what()));
     } catch (...) {

@@ -3,6 +3,7 @@
 #include "host/framework/printable.hpp"
 #include "host/tool/atlas_pages.hpp"
 #include "host/tool/build_journal.hpp"
+#include "host/tool/plugin_call.hpp"
 #include "processor/host/paths.hpp"
 
 #include <QFileInfo>
@@ -65,8 +66,9 @@ void refuse_what_is_in_the_way(PLAN& plan, QString const& state_folder) {
             continue;
         if (!left_over) {
             left_over.emplace();
-            for (UNFINISHED_ACTION const& unfinished : BUILD_JOURNAL::left_over(state_folder))
-                for (QString const& path : unfinished.files)
+            BUILD_JOURNAL::LEFT_OVER const left = BUILD_JOURNAL::left_over(state_folder);
+            for (UNFINISHED_ACTION const& unfinished : left.actions)
+                for (QString const& path : unfinished_files(unfinished, left.last_sign_of_life))
                     left_over->insert(path);
         }
         if (left_over->contains(file))
@@ -85,13 +87,20 @@ EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::stri
     std::vector<QString> wanted;
     if (EXIT_CODE const code = find_paths(context, opened.session, paths, wanted); code != EXIT_CODE::success)
         return code;
-    opened.plan = make_plan(opened.session);
+    EXIT_CODE const code = call_plugin(opened.session.plugin_file(), context.console, [&] {
+        opened.plan = make_plan(opened.session);
+        return EXIT_CODE::success;
+    });
+    if (code != EXIT_CODE::success)
+        return code;
     for (QString const& conflict : opened.plan->conflicts)
         context.console.error(conflict);
     if (!opened.plan->conflicts.empty())
         return EXIT_CODE::wrong_use;
     opened.state = std::make_unique<BUILD_STATE>(opened.session, context.console);
     opened.state->open(*opened.plan);
+    if (!opened.state->is_sound())
+        return EXIT_CODE::environment;
     for (PLANNED_ACTION& planned : opened.plan->actions) {
         if (QString const refusal = take_out_foreign_pages(planned, *opened.state); !refusal.isEmpty()) {
             planned.state = PLANNED_ACTION::STATE::error;

@@ -33,8 +33,13 @@ bool PLUGIN_HOST::load(QString const& path, QString& error) {
                 : QStringLiteral("the plug-in %1 cannot be loaded: %2").arg(path, loader_.errorString().simplified());
         return false;
     }
-    for (PROCESSOR_INTERFACE* const processor : plugin->create_processors())
+    for (PROCESSOR_INTERFACE* const processor : plugin->create_processors()) {
+        if (!processor) {
+            error = QStringLiteral("the plug-in %1 answered with a null processor").arg(path);
+            return false;
+        }
         processors_.emplace_back(processor);
+    }
     std::stable_sort(processors_.begin(), processors_.end(),
                      [](auto const& left, auto const& right) { return left->priority() > right->priority(); });
     QLibrary library(file);

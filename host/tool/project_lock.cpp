@@ -2,13 +2,13 @@
 
 #include "host/tool/build_journal.hpp"
 #include "host/tool/interrupt.hpp"
+#include "host/tool/state_folder.hpp"
 #include "host/tool/target_guard.hpp"
 
 #include <QFile>
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -33,12 +33,19 @@ bool is_same_file(int descriptor, QByteArray const& path) {
            opened.st_dev == named.st_dev;
 }
 
+// Writing to a file that has a second name would change somebody else's: a copy of the project that shares its files
+// with it, or whatever a stranger linked there.
+bool has_other_names(int descriptor) {
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 && status.st_nlink > 1;
+}
+
 // "(process 123)", as the holder wrote it.
 QString holder(int descriptor) {
     char text[32] = {};
     ssize_t const count = pread(descriptor, text, sizeof text - 1, 0);
-    QString const number = count > 0 ? QString::fromLatin1(text).trimmed() : QString();
-    return number.isEmpty() ? QString() : QStringLiteral(" (process %1)").arg(number);
+    int const number = count > 0 ? QByteArray(text).trimmed().toInt() : 0;
+    return number > 0 ? QStringLiteral(" (process %1)").arg(number) : QString();
 }
 
 }  // namespace
@@ -54,24 +61,24 @@ EXIT_CODE PROJECT_LOCK::acquire(QString const& state_folder, bool waits, CONSOLE
     bool said = false;
     while (true) {
         if (descriptor_ < 0) {
-            std::error_code error;
-            std::filesystem::create_directories(QFile::encodeName(state_folder).constData(), error);
-            if (!error) {
-                descriptor_ = open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-                error.assign(descriptor_ < 0 ? errno : 0, std::generic_category());
-            }
+            bool const has_folder = make_state_folder(state_folder);
+            if (has_folder)
+                descriptor_ = open_state_file(state_folder, "lock", O_RDWR | O_CREAT);
             // Whoever cleaned the project may have taken the folder away between the two.
-            if (error == std::errc::no_such_file_or_directory)
+            if (has_folder && descriptor_ < 0 && errno == ENOENT)
                 continue;
-            if (error) {
+            if (descriptor_ < 0) {
                 console.error(QStringLiteral("the build state cannot be kept in %1: %2")
-                                  .arg(CONSOLE::shown(state_folder), QString::fromStdString(error.message())));
+                                  .arg(CONSOLE::shown(state_folder), cause()));
                 return EXIT_CODE::environment;
             }
         }
         if (flock(descriptor_, LOCK_EX | LOCK_NB) == 0) {
-            if (is_same_file(descriptor_, path))
-                break;
+            if (is_same_file(descriptor_, path)) {
+                if (!has_other_names(descriptor_))
+                    break;
+                unlink(path.constData());
+            }
         } else if (errno == EWOULDBLOCK) {
             if (!waits) {
                 console.error(QStringLiteral("another build of this project is running") + holder(descriptor_));
@@ -108,16 +115,24 @@ EXIT_CODE open_exclusively(CONTEXT& context, BUILD_SESSION& session, bool waits,
     framework::PROJECT const& project = session.project();
     if (EXIT_CODE const code = lock.acquire(project.state_folder, waits, context.console); code != EXIT_CODE::success)
         return code;
-    // The journal is a file like any other; whoever wrote it, nothing outside the data folders goes.
+    if (!unshare_state(project.state_folder)) {
+        context.console.error(QStringLiteral("the build state cannot be kept in %1: %2")
+                                  .arg(CONSOLE::shown(project.state_folder), cause()));
+        return EXIT_CODE::environment;
+    }
+    BUILD_JOURNAL::LEFT_OVER const left = BUILD_JOURNAL::left_over(project.state_folder);
+    if (left.is_foreign)
+        context.console.warning(
+            QStringLiteral("%1/running is no journal of a build that ran here; it is taken away unread")
+                .arg(CONSOLE::shown(project.state_folder)));
+    // Links may have changed since the journal was written.
     TARGET_GUARD working(project.working);
     TARGET_GUARD raw(project.raw);
-    for (UNFINISHED_ACTION action : BUILD_JOURNAL::left_over(project.state_folder)) {
-        auto const is_foreign = [&](QString const& file) {
-            return !working.refusal(file).isEmpty() && !raw.refusal(file).isEmpty();
-        };
-        action.files.erase(std::remove_if(action.files.begin(), action.files.end(), is_foreign), action.files.end());
-        remove_unfinished_files(action);
-        remove_unfinished_neighbours(action);
+    for (UNFINISHED_ACTION action : left.actions) {
+        std::erase_if(action.files, [&](FILE_AT_RISK const& file) {
+            return !working.refusal(file.path).isEmpty() && !raw.refusal(file.path).isEmpty();
+        });
+        remove_unfinished_files(action, left.last_sign_of_life);
     }
     BUILD_JOURNAL::forget_left_over(project.state_folder);
     return EXIT_CODE::success;

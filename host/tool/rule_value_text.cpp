@@ -13,7 +13,8 @@ QString as_written(QVariant const& value) {
                u'"';
     case QVariant::Double: {
         QString const text = QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
-        return text.contains(u'.') || text.contains(u'e') ? text : text + QStringLiteral(".0");
+        bool const is_whole = std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit() || c == u'-'; });
+        return is_whole ? text + QStringLiteral(".0") : text;
     }
     default:
         return value.toString();

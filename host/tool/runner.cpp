@@ -7,7 +7,6 @@
 #include "host/tool/schedule.hpp"
 #include "host/tool/worker.hpp"
 
-#include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
 
@@ -54,6 +53,13 @@ struct POOL_WORKER {
     int known_changes = 0;
 };
 
+// What the two OpenMP libraries say before they end the process.
+bool lacked_threads(QStringList const& library_lines) {
+    QString const text = library_lines.join(u'\n');
+    return text.contains(QLatin1String("libgomp: Thread creation failed")) ||
+           text.contains(QLatin1String("System unable to allocate necessary resources for OMP thread"));
+}
+
 class BUILD_RUN {
 public:
     BUILD_RUN(PLAN& plan, BUILD_SESSION& session, BUILD_STATE& state, RUN_OPTIONS const& options,
@@ -78,15 +84,13 @@ public:
         tell([&](RUN_OBSERVER& observer) { observer.run_started(plan_); });
         while (true) {
             look_at_signals();
+            repeat_actions();
             start_actions();
             if (running_count() == 0)
                 break;
             wait();
         }
         workers_.clear();
-        // Only now nobody writes beside them any more.
-        for (UNFINISHED_ACTION const& action : cut_off_)
-            remove_unfinished_neighbours(action);
         counts_.not_run += plan_.actions.size() - schedule_.finished_count();
         state_.finish();
         counts_.interrupted = signals_ > 0;
@@ -129,6 +133,26 @@ private:
                 start(*next);
             }
         }
+    }
+
+    // Actions whose worker got fewer threads from the system than it had asked for, which ended it: with one, it needs
+    // none from the system.
+    void repeat_actions() {
+        std::vector<RUNNING_ACTION> waiting;
+        for (RUNNING_ACTION& running : std::exchange(to_repeat_, {})) {
+            std::size_t const action = running.action;
+            running.threads = 1;
+            running.lines.clear();
+            running.begin = CLOCK::now();
+            QString error;
+            if (give(running, error))
+                continue;
+            if (running_count() > 0)
+                waiting.push_back(running);
+            else
+                finish_without_worker(action, error);
+        }
+        to_repeat_ = std::move(waiting);
     }
 
     std::optional<QString> why_not_run(std::size_t action) const {
@@ -179,7 +203,7 @@ private:
         int const used = threads_in_use();
         std::size_t const places = most_workers_ - running_count();
         std::size_t const starting = std::clamp<std::size_t>(schedule_.free_actions().size(), 1, places);
-        return std::max(1, (options_.processors - used) / static_cast<int>(starting));
+        return lacks_threads_ ? 1 : std::max(1, (options_.processors - used) / static_cast<int>(starting));
     }
 
     void start(std::size_t action) {
@@ -191,33 +215,45 @@ private:
         running.memory = need_of(action);
         needs_.erase(action);
         running.begin = CLOCK::now();
-        running.unfinished.started = QDateTime::currentMSecsSinceEpoch();
-        running.unfinished.files = files_at_risk(planned);
+        running.unfinished = files_at_risk(planned);
 
         QString error;
-        POOL_WORKER* worker = idle_worker(error);
-        if (!worker && running_count() > 0) {
+        if (!idle_worker(error) && running_count() > 0) {
             // The system has no room for more: those that there are must do.
             most_workers_ = running_count();
             return;
         }
         tell([&](RUN_OBSERVER& observer) { observer.action_started(planned); });
-        if (!journal_.note_start(planned))
+        if (!journal_.note_start(planned, running.unfinished))
             error = QStringLiteral("what is being built cannot be noted down in the project's state folder");
         else
             state_.starting(planned);
-        while (worker && error.isEmpty()) {
-            if (worker->process->send(RUN_MESSAGE{action, running.threads, changes_.mid(worker->known_changes)})) {
+        if (error.isEmpty() && give(running, error))
+            schedule_.start(action);
+        else
+            finish_without_worker(action, error);
+    }
+
+    // Whether a worker has taken it.
+    bool give(RUNNING_ACTION& running, QString& error) {
+        while (POOL_WORKER* const worker = idle_worker(error)) {
+            RUN_MESSAGE const order = {running.action, running.threads, changes_.mid(worker->known_changes)};
+            if (worker->process->send(order)) {
                 worker->known_changes = changes_.size();
                 worker->running = std::move(running);
-                schedule_.start(action);
-                return;
+                return true;
             }
             // It died while it had nothing to do; that is nobody's failure.
             workers_.remove_if([&](POOL_WORKER const& other) { return &other == worker; });
-            worker = idle_worker(error);
         }
-        finish(action, fail_action(QStringLiteral("Not run: ") + error, line_to_observers(planned)));
+        return false;
+    }
+
+    void finish_without_worker(std::size_t action, QString const& error) {
+        PLANNED_ACTION const& planned = plan_.actions[action];
+        ACTION_RESULT result = fail_action(QStringLiteral("Not run: ") + error, line_to_observers(planned));
+        result.surroundings_failed = true;
+        finish(action, result);
     }
 
     POOL_WORKER* idle_worker(QString& error) {
@@ -257,6 +293,7 @@ private:
             if (entries[at].revents != 0 && !listen_to(*current))
                 workers_.erase(current);
         }
+        journal_.note_life();
         end_what_takes_too_long();
         tell([](RUN_OBSERVER& observer) { observer.time_passed(); });
     }
@@ -290,7 +327,8 @@ private:
         } else if (auto const* const progress = std::get_if<PROGRESS_MESSAGE>(&message)) {
             tell([&](RUN_OBSERVER& observer) { observer.progress(planned, progress->value, progress->maximum); });
         } else if (auto const* const file = std::get_if<WORKING_FILE_MESSAGE>(&message)) {
-            running.unfinished.files += file->path;
+            for (FILE_AT_RISK const& at_risk : file->files)
+                running.unfinished.take(at_risk);
         } else if (auto const* const result = std::get_if<RESULT_MESSAGE>(&message)) {
             take_result(worker, *result);
         }
@@ -367,7 +405,11 @@ private:
         if (planned.state == PLANNED_ACTION::STATE::run) {
             take_back_targets(planned);
             remove_unfinished_files(running.unfinished);
-            cut_off_.push_back(running.unfinished);
+        }
+        if (running.threads > 1 && signals_ == 0 && lacked_threads(result.library_lines)) {
+            lacks_threads_ = true;
+            to_repeat_.push_back(running);
+            return;
         }
         if (signals_ > 0) {
             result.status = ACTION_RESULT::STATUS::interrupted;
@@ -402,7 +444,7 @@ private:
         counts_.succeeded += succeeded ? 1 : 0;
         counts_.made_no_file += result.made_no_file ? 1 : 0;
         counts_.failed += result.status == ACTION_RESULT::STATUS::failed ? 1 : 0;
-        counts_.disk_full = counts_.disk_full || result.disk_full;
+        counts_.surroundings_failed += result.surroundings_failed ? 1 : 0;
         counts_.not_run += result.status == ACTION_RESULT::STATUS::interrupted ? 1 : 0;
         tell([&](RUN_OBSERVER& observer) { observer.action_finished(planned, result); });
     }
@@ -448,13 +490,15 @@ private:
     int signals_ = 0;
     CLOCK::time_point patience_;
     std::list<POOL_WORKER> workers_;
+    std::vector<RUNNING_ACTION> to_repeat_;
+    /// The system refused a worker the threads that it had asked for.
+    bool lacks_threads_ = false;
     /// Estimates of actions that were looked at and have not started yet.
     std::unordered_map<std::size_t, std::uint64_t> needs_;
     /// How many actions have started past the first free one.
     int overtaken_ = 0;
     /// Everything that this build's actions changed in the asset graph, in the order in which the tool learned of it.
     GRAPH_CHANGES changes_;
-    std::vector<UNFINISHED_ACTION> cut_off_;
     /// Who wrote each file of this build.
     std::map<QString, int> makers_;
     RUN_COUNTS counts_;

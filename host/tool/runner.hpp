@@ -20,8 +20,8 @@ struct RUN_COUNTS {
     /// Left over by an interruption or after the first failure.
     std::size_t not_run = 0;
     bool interrupted = false;
-    /// An action failed for want of room on the disk.
-    bool disk_full = false;
+    /// Of those that failed: not by what they are, but for want of room, rights or processes.
+    std::size_t surroundings_failed = 0;
     std::int64_t milliseconds = 0;
 };
 

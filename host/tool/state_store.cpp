@@ -1,13 +1,23 @@
 // Write-ahead logging without a sync per transaction: a killed process loses nothing that it committed, and a machine
 // that loses power loses the last records at most, which only means that their actions run again. See
 // https://www.sqlite.org/wal.html and https://www.sqlite.org/pragma.html#pragma_synchronous.
+//
+// The folder may have come with a stranger's project, so nothing is opened that this program does not leave behind. A
+// rollback journal can name a file that SQLite then deletes
+// (https://www.sqlite.org/fileformat2.html#the_rollback_journal, "super-journal"); this program never has one, not even
+// while it makes the database, so none is let near SQLite. A write-ahead log names no files. Views and triggers could
+// run without end; the schema is compared, letter by letter.
 #include "host/tool/state_store.hpp"
+
+#include "host/tool/state_folder.hpp"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include <sqlite3.h>
 
@@ -21,6 +31,10 @@ constexpr std::array table_names = {"actions", "settings", "leftovers", "librari
 
 char const* name_of(STATE_STORE::TABLE table) {
     return table_names[static_cast<std::size_t>(table)];
+}
+
+QByteArray table_definition(char const* name) {
+    return QByteArray("CREATE TABLE ") + name + " (id INTEGER PRIMARY KEY, key TEXT NOT NULL, content BLOB NOT NULL)";
 }
 
 struct STATEMENT_END {
@@ -51,8 +65,13 @@ struct STATE_STORE::DATABASE {
     }
 
     bool open(QString const& path, int flags) {
-        if (sqlite3_open_v2(path.toUtf8().constData(), &handle, flags, nullptr) != SQLITE_OK)
+        // Links above the folder are the user's.
+        QFileInfo const info(path);
+        QString const real = info.dir().canonicalPath() + u'/' + info.fileName();
+        if (sqlite3_open_v2(real.toUtf8().constData(), &handle, flags | SQLITE_OPEN_NOFOLLOW, nullptr) != SQLITE_OK)
             return false;
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+        sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
         sqlite3_busy_timeout(handle, 5000);
         return true;
     }
@@ -69,6 +88,23 @@ struct STATE_STORE::DATABASE {
         STATEMENT const statement = prepare("PRAGMA user_version");
         return statement && sqlite3_step(statement.get()) == SQLITE_ROW ? sqlite3_column_int(statement.get(), 0) : -1;
     }
+    /// Whether the database holds the tables of this program and nothing else.
+    bool has_own_schema() {
+        STATEMENT const statement = prepare("SELECT sql FROM sqlite_schema ORDER BY rowid");
+        for (char const* const name : table_names)
+            if (!statement || sqlite3_step(statement.get()) != SQLITE_ROW ||
+                column_bytes(statement.get(), 0) != table_definition(name))
+                return false;
+        return sqlite3_step(statement.get()) == SQLITE_DONE;
+    }
+    /// Whether the last call failed for want of rights, room or memory, or because a disk fails.
+    bool lacks_surroundings() const {
+        int const code = sqlite3_extended_errcode(handle);
+        constexpr int causes[] = {SQLITE_CANTOPEN, SQLITE_FULL,  SQLITE_READONLY,
+                                  SQLITE_PERM,     SQLITE_NOMEM, SQLITE_IOERR};
+        return code != SQLITE_IOERR_SHORT_READ &&
+               std::find(std::begin(causes), std::end(causes), code & 0xff) != std::end(causes);
+    }
     QString message() const { return QString::fromUtf8(sqlite3_errmsg(handle)); }
 };
 
@@ -81,21 +117,32 @@ STATE_STORE::~STATE_STORE() {
 
 bool STATE_STORE::open_for_reading(QString& warning) {
     QString const path = folder_ + QStringLiteral("/state.db");
-    if (is_unusable_ || !QFileInfo::exists(path))
+    if (is_unusable_ || !error_.isEmpty() || !QFileInfo::exists(path))
         return false;
-    auto database = std::make_unique<DATABASE>();
-    if (!database->open(path, SQLITE_OPEN_READWRITE)) {
-        warning = QStringLiteral("the build state %1 cannot be read: %2").arg(path, database->message());
+    if (QFileInfo::exists(path + QStringLiteral("-journal"))) {
+        warning =
+            QStringLiteral("the build state %1 has a journal that this program did not write; everything is built "
+                           "anew")
+                .arg(path);
         is_unusable_ = true;
         return false;
     }
-    int const found = database->user_version();
-    if (found != version) {
-        warning = found < 0 ? QStringLiteral("the build state %1 is damaged (%2); everything is built anew")
-                                  .arg(path, database->message())
-                            : QStringLiteral("the build state %1 is of another version of this program; everything is "
-                                             "built anew")
-                                  .arg(path);
+    auto database = std::make_unique<DATABASE>();
+    int const found = database->open(path, SQLITE_OPEN_READWRITE) ? database->user_version() : -1;
+    bool const is_own = found == version && database->has_own_schema();
+    if (!is_own && database->lacks_surroundings()) {
+        error_ = QStringLiteral("the build state %1 cannot be read: %2").arg(path, database->message());
+        return false;
+    }
+    if (!is_own) {
+        // 0: begun by a build that was ended before it had anything to note.
+        if (found < 0)
+            warning = QStringLiteral("the build state %1 is damaged (%2); everything is built anew")
+                          .arg(path, database->message());
+        else if (found > 0)
+            warning =
+                QStringLiteral("the build state %1 is of another version of this program; everything is built anew")
+                    .arg(path);
         is_unusable_ = true;
         return false;
     }
@@ -116,6 +163,10 @@ std::vector<STATE_STORE::RECORD> STATE_STORE::read(TABLE table, QString& warning
                            QString::fromUtf8(column_bytes(statement.get(), 1)), column_bytes(statement.get(), 2)});
     if (status == SQLITE_DONE)
         return records;
+    if (database_->lacks_surroundings()) {
+        error_ = QStringLiteral("the build state %1/state.db cannot be read: %2").arg(folder_, database_->message());
+        return {};
+    }
     warning = QStringLiteral("the build state %1/state.db is damaged (%2); everything is built anew")
                   .arg(folder_, database_->message());
     is_unusable_ = true;
@@ -130,23 +181,27 @@ bool STATE_STORE::open_for_writing() {
         database_.reset();
         QFile::remove(path + QStringLiteral(".old"));
         QFile::rename(path, path + QStringLiteral(".old"));
-        QFile::remove(path + QStringLiteral("-wal"));
-        QFile::remove(path + QStringLiteral("-shm"));
+        for (char const* const suffix : {"-journal", "-wal", "-shm"})
+            QFile::remove(path + QLatin1String(suffix));
         is_unusable_ = false;
     }
     if (!database_) {
-        QDir().mkpath(folder_);
+        make_state_folder(folder_);
+        // What stands beside no database is nobody's.
+        for (char const* const suffix : {"-journal", "-wal", "-shm"})
+            QFile::remove(path + QLatin1String(suffix));
         database_ = std::make_unique<DATABASE>();
         if (!database_->open(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE))
             return fail();
+        // On its way to the log it would write a journal once.
+        database_->run("PRAGMA journal_mode = OFF");
     }
     bool sound = database_->run("PRAGMA journal_mode = WAL") && database_->run("PRAGMA synchronous = NORMAL");
     if (sound && database_->user_version() == 0) {
         // All or nothing: a version without its tables would read as damage.
         QByteArray sql = "BEGIN;";
         for (char const* const name : table_names)
-            sql += QByteArray("CREATE TABLE ") + name +
-                   " (id INTEGER PRIMARY KEY, key TEXT NOT NULL, content BLOB NOT NULL);";
+            sql += table_definition(name) + ';';
         sound = database_->run(sql + "PRAGMA user_version = " + QByteArray::number(version) + "; COMMIT");
     }
     database_->can_write = sound;

@@ -1,10 +1,13 @@
 #include "host/tool/worker.hpp"
 
 #include "host/tool/interrupt.hpp"
+#include "host/tool/plugin_call.hpp"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
+#include <utility>
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -49,6 +52,7 @@ void settle_in(pid_t parent, int output) {
         _exit(0);
     setpgid(0, 0);
     INTERRUPT::restore_signals();
+    remove_crash_messages();
     offer_as_victim();
     keep_freed_memory();
     int const nothing = open("/dev/null", O_RDONLY);
@@ -61,6 +65,15 @@ void settle_in(pid_t parent, int output) {
     close(output);
     // What arrives late would belong to the wrong action.
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+}
+
+// Programs that a worker had started, for version control, and that have outlived it. One that is ended gently takes
+// its locks away.
+void end_group(pid_t group) {
+    constexpr int looks = 50;
+    for (int look = 0; look < looks && ::kill(-group, look == 0 ? SIGTERM : 0) == 0; ++look)
+        usleep(10'000);
+    ::kill(-group, SIGKILL);
 }
 
 QString described(int signal) {
@@ -94,12 +107,17 @@ std::unique_ptr<WORKER> WORKER::start(WORKER_TASK const& task, std::vector<int> 
     pid_t const parent = getpid();
     pid_t const process = fork();
     if (process == 0) {
-        settle_in(parent, pipes[1]);
-        for (int const descriptor : parents_own)
-            close(descriptor);
-        close(sockets[0]);
-        close(pipes[0]);
-        serve_actions(task, sockets[1]);
+        // Above this frame lies the tool's own work, which must not go on in the child, whatever happens here.
+        try {
+            settle_in(parent, pipes[1]);
+            for (int const descriptor : parents_own)
+                close(descriptor);
+            close(sockets[0]);
+            close(pipes[0]);
+            serve_actions(task, sockets[1]);
+        } catch (...) {
+            leave_worker();
+        }
     }
     close(sockets[1]);
     close(pipes[1]);
@@ -110,12 +128,14 @@ std::unique_ptr<WORKER> WORKER::start(WORKER_TASK const& task, std::vector<int> 
         errno = cause;
         return fail("no process for a worker");
     }
+    // The child does the same; whoever comes first.
+    setpgid(process, process);
     fcntl(pipes[0], F_SETFL, O_NONBLOCK);
-    return std::unique_ptr<WORKER>(new WORKER(process, sockets[0], pipes[0]));
+    return std::unique_ptr<WORKER>(new WORKER(process, parent, sockets[0], pipes[0]));
 }
 
 WORKER::~WORKER() {
-    if (process_ > 0) {
+    if (process_ > 0 && owner_ == getpid()) {
         kill();
         wait_for_end();
     }
@@ -158,7 +178,7 @@ QString WORKER::wait_for_end() {
     int status = 0;
     while (waitpid(process_, &status, 0) < 0 && errno == EINTR)
         continue;
-    process_ = -1;
+    end_group(std::exchange(process_, -1));
     if (WIFSIGNALED(status))
         return described(WTERMSIG(status));
     return QStringLiteral("the worker ended with status %1").arg(WEXITSTATUS(status));

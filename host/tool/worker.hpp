@@ -49,9 +49,15 @@ public:
     QString wait_for_end();
 
 private:
-    WORKER(pid_t process, int socket, int output) : process_(process), socket_(socket), output_(output) {}
+    WORKER(pid_t process, pid_t owner, int socket, int output)
+        : process_(process),
+          owner_(owner),
+          socket_(socket),
+          output_(output) {}
 
     pid_t process_;
+    /// A worker has copies of the tool's objects, and its fellows are none of its business.
+    pid_t owner_;
     int socket_;
     int output_;
     MESSAGE_READER reader_;
@@ -61,5 +67,9 @@ private:
 
 /// The life of the process on the other side: runs what the messages ask for until the socket closes.
 [[noreturn]] void serve_actions(WORKER_TASK const& task, int socket);
+
+/// For a worker that cannot go on: says which exception is being handled, and ends the process there and then. What the
+/// destructors of this copy would tidy belongs to the tool.
+[[noreturn]] void leave_worker();
 
 }  // namespace tool

@@ -29,6 +29,19 @@ static QDataStream& operator>>(QDataStream& stream, ASSET_GRAPH::CHANGE& change)
 
 namespace tool {
 
+static QDataStream& operator<<(QDataStream& stream, FILE_AT_RISK const& file) {
+    return stream << file.path << to_text(file.before) << to_text(file.made);
+}
+
+static QDataStream& operator>>(QDataStream& stream, FILE_AT_RISK& file) {
+    QString before;
+    QString made;
+    stream >> file.path >> before >> made;
+    file.before = to_identity(before);
+    file.made = to_identity(made);
+    return stream;
+}
+
 namespace {
 
 constexpr quint8 protocol_version = 1;
@@ -38,7 +51,7 @@ constexpr int length_bytes = 4;
 constexpr quint32 longest_message = 1 << 30;
 
 QDataStream& operator<<(QDataStream& stream, ACTION_RESULT const& result) {
-    stream << static_cast<quint8>(result.status) << result.made_no_file << result.disk_full;
+    stream << static_cast<quint8>(result.status) << result.made_no_file << result.surroundings_failed;
     write_all(stream, result.lines);
     stream << result.diagnosis << static_cast<qint64>(result.milliseconds) << result.peak_bytes.has_value();
     return stream << static_cast<quint64>(result.peak_bytes.value_or(0)) << result.record;
@@ -49,7 +62,7 @@ QDataStream& operator>>(QDataStream& stream, ACTION_RESULT& result) {
     qint64 milliseconds = 0;
     bool has_peak = false;
     quint64 peak = 0;
-    stream >> status >> result.made_no_file >> result.disk_full;
+    stream >> status >> result.made_no_file >> result.surroundings_failed;
     read_all(stream, result.lines);
     stream >> result.diagnosis >> milliseconds >> has_peak >> peak >> result.record;
     if (status > static_cast<quint8>(ACTION_RESULT::STATUS::interrupted))
@@ -90,11 +103,13 @@ QDataStream& operator>>(QDataStream& stream, LINE_MESSAGE& message) {
 }
 
 QDataStream& operator<<(QDataStream& stream, WORKING_FILE_MESSAGE const& message) {
-    return stream << message.path;
+    write_all(stream, message.files);
+    return stream;
 }
 
 QDataStream& operator>>(QDataStream& stream, WORKING_FILE_MESSAGE& message) {
-    return stream >> message.path;
+    read_all(stream, message.files);
+    return stream;
 }
 
 QDataStream& operator<<(QDataStream& stream, PROGRESS_MESSAGE const& message) {

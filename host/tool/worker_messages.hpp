@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host/tool/execute_action.hpp"
+#include "host/tool/journal_lines.hpp"
 #include "processor/host/asset_graph.hpp"
 
 #include <QByteArray>
@@ -31,9 +32,9 @@ struct LINE_MESSAGE {
     QString text;
 };
 
-/// From a worker: the running action is about to write a file that is none of its targets.
+/// From a worker: the running action is about to write these files, which are none of its targets, or has made them.
 struct WORKING_FILE_MESSAGE {
-    QString path;
+    std::vector<FILE_AT_RISK> files;
 };
 
 struct PROGRESS_MESSAGE {

@@ -119,8 +119,8 @@ public:
     /// Files that the action will make for itself and take away again, in places where they are no target of anybody's.
     /// It takes away whatever stands there before, so that a host has to look first.
     QVector<PHYSICAL_PATH> const& working_files() const { return working_files_; }
-    /// Called with the path of every file that the action is going to write besides its announced targets; throws
-    /// WORKING_FILE_REFUSAL for one that it must not write.
+    /// Called with the path of every file that the action is going to write besides its announced targets, or has
+    /// written; throws WORKING_FILE_REFUSAL for one that it must not write.
     void set_working_file_listener(std::function<void(PHYSICAL_PATH const&)> listener) {
         working_file_listener_ = std::move(listener);
     }
@@ -128,7 +128,8 @@ public:
 protected:
     void add_output_line(QString const& line);
     /// Tells the host of a file that is no announced target and that the action is about to write, so that it does not
-    /// stay behind when the process ends in the middle.
+    /// stay behind when the process ends in the middle. Told once more when the file is there, the host knows it again:
+    /// from the raw folder it takes nothing away that it does not know.
     void announce_working_file(PHYSICAL_PATH const& file);
     /// Tells the host so before the action runs.
     void need_working_file(PHYSICAL_PATH const& file) { working_files_.append(file); }

@@ -1,21 +1,23 @@
 // A plug-in whose actions do what their source files say, for what no texture action does by itself: waiting for one
 // another, failing half way, throwing, crashing. Each "<raw>/NAME.step" is one action; its lines are
 //
-//     makes FILE      a target, relative to the working root        reads FILE   another source, likewise
-//     after NAME      runs after that step                          try NAME     the same, but does without its success
-//     drops FILE      makes a file without announcing it
+//     makes FILE      a target, relative to the working root ("raw:FILE": to the raw root)
+//     reads FILE      another source, likewise                      after NAME   runs after that step
+//     try NAME        the same, but does without its success       drops FILE   makes a file without announcing it
 //     fail, throw     after writing half of the targets             idle         succeed and write nothing
 //     say TEXT        a line of the action                          noise TEXT   a line past it, to standard error
-//     slow FILE       a target that is half written for a while, as is a file of another name beside it
-//     scratch FILE    a working file, taken away at the end         register NAME   a fragment in the asset graph
-//     known FILE      a target: the fragments that the graph knows
-//     meet FILE       waits until somebody else has made it         alone FILE   fails if it is there, makes it for a
-//     while sleep MS, stay  wait; "stay" until told to stop               deaf         wait for ever signal N, exit N,
-//     eat                                         die by the signal, leave, take memory without end writes TEXT what
-//     the targets after it hold ("made")       asks NAME    reads that property of the rule "Step" global NAME reads
-//     that global rule                        looks FILE   looks "<raw>/FILE" up in the file table registers FILE  a
-//     target that is not announced                table NAME   asks whether there is that table
-//     babble       sends nonsense to whoever the process is connected with, and waits
+//     slow FILE       a target that is half written for a while, and the unfinished file beside it
+//     scratch FILE    a working file, taken away at the end         hold FILE    one that stays
+//     register NAME   a fragment in the asset graph                 known FILE   a target: the fragments it knows
+//     meet FILE       waits until somebody else has made it         alone FILE   fails if it is there, makes it a while
+//     sleep MS, stay  wait; "stay" until told to stop               deaf         wait for ever
+//     signal N, exit N, eat   die by the signal, leave, take memory without end
+//     threads         has work done by as many threads as it may    stubborn     throws when it is told to stop
+//     writes TEXT     what the targets after it hold ("made")       asks NAME    reads that property of the rule "Step"
+//     global NAME     reads that global rule                        looks FILE   looks "<raw>/FILE" up in the file
+//     table registers FILE  a target that is not announced                table NAME   asks whether there is that table
+//     babble          sends nonsense to whoever the process is connected with, and waits
+//     plans HOW       while it is planned: "null", "throw", "exit", or the number of a signal
 //
 // The processor itself asks for the property "Made" of every step, under the topic "other" for "Other".
 #include "processor/host/action_interface.hpp"
@@ -42,6 +44,8 @@
 namespace {
 
 QString working(QString const& file) {
+    if (file.startsWith(QLatin1String("raw:")))
+        return PATHS::raw_data().text() + u'/' + file.mid(4);
     return PATHS::working_data().text() + u'/' + file;
 }
 
@@ -82,9 +86,9 @@ public:
                 throw std::runtime_error("told to throw");
             if (order == "slow") {
                 write(argument, "ma");
-                write(argument + QStringLiteral("2.part"), "ma");
+                write(argument + QStringLiteral(".part"), "ma");
                 pause(4);
-                QFile::remove(working(argument + QStringLiteral("2.part")));
+                QFile::remove(working(argument + QStringLiteral(".part")));
                 write(argument, "made slowly");
             }
             if (order == "scratch") {
@@ -93,6 +97,13 @@ public:
                 pause(4);
                 QFile::remove(working(argument));
             }
+            if (order == "hold") {
+                announce_working_file(PHYSICAL_PATH(working(argument)));
+                write(argument, "held");
+                announce_working_file(PHYSICAL_PATH(working(argument)));
+            }
+            if (order == "threads")
+                count_threads();
             if (order == "register" && !add_fragment(argument))
                 return STATUS_FAILED;
             if (order == "known") {
@@ -115,7 +126,7 @@ public:
                     send(descriptor, "\xff\xff\xff\xff", 4, MSG_NOSIGNAL);
             while (order == "deaf" || order == "babble")
                 pause(5);
-            if (order == "stay") {
+            if (order == "stay" || order == "stubborn") {
                 while (!is_aborted())
                     pause(5);
                 return STATUS_FAILED;
@@ -149,10 +160,24 @@ public:
         return STATUS_SUCCEEDED;
     }
 
+    void abort() override {
+        for (auto const& [order, argument] : orders_)
+            if (order == "stubborn")
+                throw std::runtime_error("told to stop");
+        ACTION_INTERFACE::abort();
+    }
+
     QVector<QPair<QByteArray, QString>> const& orders() const { return orders_; }
 
 private:
     static void pause(int milliseconds) { QThread::msleep(static_cast<unsigned long>(milliseconds)); }
+
+    static int count_threads() {
+        int threads = 0;
+#pragma omp parallel reduction(+ : threads)
+        threads += 1;
+        return threads;
+    }
 
     static bool write(QString const& file, QByteArray const& bytes) {
         QFile out(working(file));
@@ -204,12 +229,26 @@ public:
         QVector<ACTION_INTERFACE*> actions;
         for (STEP* const step : steps) {
             for (auto const& [order, argument] : step->orders())
+                if (order == "plans")
+                    actions.append(plan_badly(argument));
+            for (auto const& [order, argument] : step->orders())
                 for (STEP* const other : steps)
                     if ((order == "after" || order == "try") && other->get_name(false) == argument)
                         step->add_dependency(*other, order == "try");
             actions.append(step);
         }
         return actions;
+    }
+
+private:
+    static ACTION_INTERFACE* plan_badly(QString const& how) {
+        if (how == QLatin1String("throw"))
+            throw std::runtime_error("told to throw");
+        if (how == QLatin1String("exit"))
+            std::exit(0);
+        if (int const signal = how.toInt())
+            std::raise(signal);
+        return nullptr;
     }
 };
 

@@ -2,6 +2,7 @@
 
 import json
 import os
+import pathlib
 import re
 import shutil
 import sqlite3
@@ -10,6 +11,7 @@ import unittest
 
 from command_line import PLUGIN, RULE, ZAB, ProjectTest, tga
 
+NO_CHANGE_TIMES = os.environ.get("ZAB_NO_CHANGE_TIMES", "build/release/lib/no_change_times.so")
 STEPS = os.environ.get("ZAB_STEP_PLUGIN", "build/release/lib/step_plugin.so")
 
 
@@ -84,7 +86,8 @@ class Reasons(StateTest):
             ({rules: table + "Size = 0.25\n"}, "a", f"rule value Size changed from 1 to 0.25 ({rules}:5)"),
             ({rules: table + "Size = 0.2500000000000001\n"}, "a",
              f"rule value Size changed from 0.25 to 0.2500000000000001 ({rules}:5)"),
-            ({rules: table}, "a", "rule value Size is no longer set (it was 0.2500000000000001)"),
+            ({rules: table + "Size = nan\n"}, "a", f"rule value Size changed from 0.2500000000000001 to nan ({rules}:5)"),
+            ({rules: table}, "a", "rule value Size is no longer set (it was nan)"),
             # Asked by the processor before the action was made.
             ({rules: table + "Made = 0.5\n"}, "a", f"rule value Made was set to 0.5 ({rules}:5)"),
             ({"zab.toml": self.project.format("true")}, "a",
@@ -130,6 +133,20 @@ class Reasons(StateTest):
         self.write({"raw_data/d.step": source.read_text().replace("c.step", "d.step")})
         os.utime(source, ns=(before.st_atime_ns, before.st_mtime_ns))
         self.assertEqual(self.reasons(), {"d": "raw_data/d.step changed"})
+
+    @unittest.skipIf(os.environ.get("ZAB_SANITIZE"), "sanitizers want to be loaded first")
+    def test_contents_decide_where_times_of_change_are_not_kept(self):
+        disk = {"LD_PRELOAD": os.path.abspath(NO_CHANGE_TIMES)}
+        source, before = self.folder / "raw_data/d.step", None
+        for text in ("looks c.step\nmakes d.out", "looks d.step\nmakes d.out", "looks c.step\nmakes d.out"):
+            self.write({"raw_data/d.step": text})
+            os.utime(source, (1, 1))
+            _, out, _ = self.zab("--plugin", STEPS, "build", "-n", "--explain", environment=disk)
+            if before:
+                self.assertEqual(out, "would run: d: raw_data/d.step changed\n")
+            before = text
+            self.assertEqual(self.zab("--plugin", STEPS, "build", environment=disk)[0], 0)
+            self.assertEqual(self.zab("--plugin", STEPS, "build", "-n", environment=disk)[1], "")
 
     def test_a_change_right_behind_a_build_is_noticed(self):
         for contents in ("one!", "two!", "six!") * 4:
@@ -234,6 +251,19 @@ class Textures(StateTest):
         self.assertEqual(list(self.reasons().values()), ["raw_data/ui/c_factionmask.tga is a new source"])
 
     def test_the_plug_in(self):
+        # What it works with counts, too: here its codecs' library, as another build of it would be.
+        libraries = self.folder / "libraries"
+        libraries.mkdir()
+        linked = subprocess.run(["ldd", PLUGIN], capture_output=True, text=True).stdout
+        codecs = pathlib.Path(re.search(r"libfreeimage\S* => (\S+)", linked)[1])
+        shutil.copy(codecs, libraries / codecs.name)
+        same = {"LD_LIBRARY_PATH": str(libraries)}
+        dry = ("--plugin", PLUGIN, "build", "-n", "--explain")
+        self.assertEqual(self.zab(*dry, environment=same)[1], "")
+        bytes_ = codecs.read_bytes()
+        place = bytes_.index(b"\4\0\0\0\x14\0\0\0\3\0\0\0GNU\0") + 16
+        (libraries / codecs.name).write_bytes(bytes_[:place] + bytes([bytes_[place] ^ 1]) + bytes_[place + 1:])
+        self.assertEqual(self.zab(*dry, environment=same)[1].count(": the plug-in changed\n"), 3)
         self.plugin = str(self.folder / "copy.so")
         shutil.copy(PLUGIN, self.plugin)
         self.assertEqual(self.reasons(), {})
