@@ -46,9 +46,16 @@ QString origin_of(int journal) {
 }  // namespace
 
 std::vector<FILE_AT_RISK> files_at_risk(QString const& file) {
-    QString const unfinished =
-        QFile::decodeName(QE::unfinished_file(QFile::encodeName(file).toStdString()).string().c_str());
-    return {{file, identity_of(file), {}}, {unfinished, identity_of(unfinished), {}}};
+    std::vector<FILE_AT_RISK> files = {{file, identity_of(file), {}}};
+    for (int number = 0; number < QE::most_unfinished_names; ++number) {
+        QString const unfinished =
+            QFile::decodeName(QE::unfinished_file(QFile::encodeName(file).toStdString(), number).string().c_str());
+        files.push_back({unfinished, identity_of(unfinished), {}});
+        // The first name that is free is taken.
+        if (!files.back().before.exists())
+            break;
+    }
+    return files;
 }
 
 UNFINISHED_ACTION files_at_risk(PLANNED_ACTION const& planned) {

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
-#include <string_view>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -42,8 +42,8 @@ int rename_file(int from_folder, char const* from, int to_folder, char const* to
 
 }  // namespace
 
-std::filesystem::path unfinished_file(std::filesystem::path const& target) {
-    constexpr std::string_view extension = ".part";
+std::filesystem::path unfinished_file(std::filesystem::path const& target, int number) {
+    std::string const extension = number == 0 ? ".part" : '.' + std::to_string(number) + ".part";
     constexpr std::size_t longest_name = 255;
     constexpr std::size_t hash_digits = 16;
     std::string name = target.filename().string();
@@ -65,8 +65,7 @@ std::filesystem::path unfinished_file(std::filesystem::path const& target) {
 
 OUTPUT_FILE::OUTPUT_FILE(OUTPUT_FOLDER folder, std::filesystem::path const& target)
     : folder_(std::move(folder)),
-      target_(target),
-      unfinished_name_(unfinished_file(target).filename().string()) {
+      target_(target) {
 }
 
 OUTPUT_FILE::OUTPUT_FILE(OUTPUT_FILE&& other) noexcept
@@ -84,22 +83,19 @@ std::optional<OUTPUT_FILE> OUTPUT_FILE::open(std::filesystem::path const& target
         return std::nullopt;
     OUTPUT_FILE file(std::move(folder), target);
     int const in = file.folder_.descriptor();
-    char const* const name = file.unfinished_name_.c_str();
     struct stat status = {};
     if (fstatat(in, target.filename().c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode)) {
         cause = text_of(EISDIR);
         return std::nullopt;
     }
     constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    file.descriptor_ = openat(in, name, flags, by_the_users_mask);
-    if (file.descriptor_ < 0 && errno == EEXIST) {
-        // What a killed program left is of no use; of a link only the link goes, of folders an empty one.
-        if (unlinkat(in, name, 0) != 0 && errno == EISDIR)
-            unlinkat(in, name, AT_REMOVEDIR);
-        file.descriptor_ = openat(in, name, flags, by_the_users_mask);
+    errno = EEXIST;
+    for (int number = 0; file.descriptor_ < 0 && errno == EEXIST && number < most_unfinished_names; ++number) {
+        file.unfinished_name_ = unfinished_file(target, number).filename().string();
+        file.descriptor_ = openat(in, file.unfinished_name_.c_str(), flags, by_the_users_mask);
     }
     if (file.descriptor_ < 0 || fstat(file.descriptor_, &status) != 0) {
-        cause = text_of(errno);
+        cause = errno == EEXIST ? file.unfinished_name_ + " is in the way" : text_of(errno);
         return std::nullopt;
     }
     file.device_ = status.st_dev;
@@ -115,7 +111,7 @@ OUTPUT_FILE::~OUTPUT_FILE() {
     close(descriptor_);
 }
 
-/// Two programs that write one target take each other's unfinished file away. The name must not be taken for one's own.
+/// Somebody else may have put another file there meanwhile.
 bool OUTPUT_FILE::is_still_there() const {
     struct stat status = {};
     return fstatat(folder_.descriptor(), unfinished_name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
@@ -166,7 +162,7 @@ bool OUTPUT_FILE::commit(std::string& cause, EARLIER_FILE earlier) {
         return true;
     if (is_own)
         unlinkat(in, unfinished_name_.c_str(), 0);
-    cause = is_own ? text_of(error) : "another program writes the same file";
+    cause = is_own ? text_of(error) : "somebody has taken the unfinished file away";
     return false;
 }
 

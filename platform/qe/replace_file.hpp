@@ -14,14 +14,19 @@
 
 namespace QE {
 
-/// Where the bytes of `target` stand until they are whole: "<target>.part" in the same folder. Of a name that leaves no
-/// room for that, its beginning and a hash, so that the name always ends in ".part" and has at most 255 bytes.
-std::filesystem::path unfinished_file(std::filesystem::path const& target);
+/// How many names there are for the unfinished file of one target.
+constexpr int most_unfinished_names = 16;
+
+/// Where the bytes of `target` stand until they are whole: "<target>.part" in the same folder, or "<target>.1.part" and
+/// so on where others have taken the names before. Of a name that leaves no room for that, its beginning and a hash, so
+/// that the name always ends in ".part" and has at most 255 bytes.
+std::filesystem::path unfinished_file(std::filesystem::path const& target, int number = 0);
 
 /// What to do with a file that stands in the place of the target when it is whole.
 enum class EARLIER_FILE : std::uint8_t { replaced, kept };
 
-/// A target that is being written as `unfinished_file(target)`. Unless it is committed, nothing of it stays.
+/// A target that is being written as its unfinished file, the first whose name nothing has: what stands there may be
+/// anybody's, and is left alone. Unless it is committed, nothing of it stays.
 class OUTPUT_FILE {
 public:
     /// Nothing, with a cause, when no file can be made there, or the target is a folder.

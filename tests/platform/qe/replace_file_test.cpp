@@ -50,17 +50,38 @@ TEST(replace_file, two_who_write_one_target_never_mix) {
         auto one = QE::OUTPUT_FILE::open(target.path(), cause);
         ASSERT_TRUE(one && one->write(first, cause)) << cause;
         auto other = QE::OUTPUT_FILE::open(target.path(), cause);
-        ASSERT_TRUE(other) << cause;
-        ASSERT_TRUE(other->write(std::span(second).first(4), cause)) << cause;
-        EXPECT_FALSE(one->commit(cause));
-        EXPECT_EQ(cause, "another program writes the same file");
-        EXPECT_FALSE(std::filesystem::exists(target.path()));
+        ASSERT_TRUE(other && other->write(std::span(second).first(4), cause)) << cause;
+        ASSERT_TRUE(one->commit(cause)) << cause;
+        EXPECT_EQ(std::filesystem::file_size(target.path()), first.size());
         ASSERT_TRUE(other->commit(cause)) << cause;
+        auto robbed = QE::OUTPUT_FILE::open(target.path(), cause);
+        ASSERT_TRUE(robbed && std::filesystem::remove(QE::unfinished_file(target.path())));
+        EXPECT_FALSE(robbed->commit(cause));
     }
     EXPECT_EQ(std::filesystem::file_size(target.path()), 4U);
     EXPECT_FALSE(QE::replace_file(target.path(), second, cause, QE::EARLIER_FILE::kept));
     EXPECT_EQ(std::filesystem::file_size(target.path()), 4U);
-    EXPECT_FALSE(std::filesystem::exists(QE::unfinished_file(target.path())));
+    for (int number = 0; number < 2; ++number)
+        EXPECT_FALSE(std::filesystem::exists(QE::unfinished_file(target.path(), number)));
+}
+
+TEST(replace_file, what_has_the_unfinished_files_name_stays) {
+    platform_test::TEMPORARY_FILE const target(".dds");
+    std::vector<std::filesystem::path> names;
+    for (int number = 0; number < QE::most_unfinished_names; ++number)
+        names.push_back(QE::unfinished_file(target.path(), number));
+    std::filesystem::create_directory(names[0]);
+    std::filesystem::create_symlink("nowhere", names[1]);
+    std::uint8_t const byte = 7;
+    std::string cause;
+    ASSERT_TRUE(QE::replace_file(target.path(), std::span(&byte, 1), cause)) << cause;
+    for (std::size_t i = 2; i < names.size(); ++i)
+        std::ofstream(names[i]) << "mine";
+    EXPECT_FALSE(QE::replace_file(target.path(), std::span(&byte, 1), cause));
+    EXPECT_TRUE(cause.ends_with(".15.part is in the way")) << cause;
+    EXPECT_EQ(std::filesystem::read_symlink(names[1]), "nowhere");
+    for (std::filesystem::path const& name : names)
+        EXPECT_TRUE(std::filesystem::remove(name)) << name;
 }
 
 }  // namespace
