@@ -74,7 +74,7 @@ private:
         BUILD_STATE state(session, context.console);
         state.open(plan);
         for (PLANNED_ACTION& planned : plan.actions)
-            static_cast<void>(take_out_foreign_pages(planned, state));
+            static_cast<void>(take_out_foreign_pages(planned, state, session.rules()));
         TARGET_GUARD guard(session.project().working);
         for (PLANNED_ACTION const& planned : plan.actions)
             for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)

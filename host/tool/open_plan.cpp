@@ -69,7 +69,8 @@ EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::stri
     opened.state = std::make_unique<BUILD_STATE>(opened.session, context.console);
     opened.state->open(*opened.plan);
     for (PLANNED_ACTION& planned : opened.plan->actions) {
-        if (QString const refusal = take_out_foreign_pages(planned, *opened.state); !refusal.isEmpty()) {
+        if (QString const refusal = take_out_foreign_pages(planned, *opened.state, opened.session.rules());
+            !refusal.isEmpty()) {
             planned.state = PLANNED_ACTION::STATE::error;
             planned.error = refusal;
             planned.refused = true;

@@ -102,7 +102,11 @@ class Atlas(ProjectTest):
                 _, _, err = self.check(["build"], 2, "")
                 self.assertIn(f"two actions may write working_data/ui/{page}, the name of an atlas's page\n", err)
                 self.assertEqual(self.files(), [])
-            # With fewer images it will not come to that.
+            # With smaller images, of which a page holds 16, or fewer of them it will not come to that.
+            for i in range(11):
+                self.write({f"raw_data/a/{i}.tga": flat(8, 7, (i, 0, 0, 255))})
+            self.check(["build"], 2 if page == "icons0.dds" else 0)
+            self.write(icons)
             for i in range(2, 11):
                 (self.folder / f"raw_data/a/{i}.tga").unlink()
             self.check(["build"], 2 if page in ("icons0.dds", "icons2.tga") else 0)
