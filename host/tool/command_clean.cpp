@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
 namespace tool {
 
@@ -98,8 +99,10 @@ private:
 
     void remove_file(CONSOLE& console, QString const& working, QString const& path) {
         QFileInfo const info(path);
-        if (!info.isFile() && !info.isSymLink())
+        if ((!info.isFile() && !info.isSymLink()) || listed_.contains(path))
             return;
+        // A dry run leaves what the plan and the state both know.
+        listed_.insert(path);
         if (!note(console, path, dry_run_ || QFile::remove(path)) || dry_run_)
             return;
         // Folders that have become empty go with it; rmdir refuses the others.
@@ -132,6 +135,7 @@ private:
     bool dry_run_ = false;
     bool all_removed_ = true;
     int removed_ = 0;
+    QSet<QString> listed_;
 };
 
 }  // namespace

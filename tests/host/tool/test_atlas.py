@@ -76,6 +76,7 @@ class Atlas(ProjectTest):
         _, _, err = self.check(["build"], 0)
         self.assertIn("[1/1] done: Create atlas", err)
         self.assertEqual(self.files(), ["ui/icons.tai", "ui/icons0.dds"])
+        self.check(["clean", "-n"], 0, "working_data/ui/icons0.dds\nworking_data/ui/icons.tai\n.zab\n", "3 would be removed\n")
         for _ in range(2):
             self.assertRegex(self.check(["build"], 0)[2], r"^0 built, 1 up to date, 0 failed in [0-9.]+ s\n$")
         self.assertEqual((self.folder / "working_data/ui/icons0.dds").read_bytes(), first)
