@@ -10,6 +10,7 @@
 #include "dds/target_files.hpp"
 #include "platform/image_loader/load_image_file.hpp"
 #include "processor/host/paths.hpp"
+#include "processor/host/working_file_refusal.hpp"
 
 #include <QFile>
 #include <QFileInfo>
@@ -280,6 +281,8 @@ ACTION_INTERFACE::STATUS ACTION_ATLAS::run(FILE_MAP const& files, RULE_CACHE con
         is_made = RUN(*this, files).make_atlas();
     } catch (std::bad_alloc const&) {
         add_output_line(QStringLiteral("Not enough memory"));
+    } catch (WORKING_FILE_REFUSAL const& refusal) {
+        add_output_line(QString::fromUtf8(refusal.what()));
     } catch (std::exception const& exception) {
         add_output_line(QStringLiteral("Unexpected error: ") + QString::fromLocal8Bit(exception.what()));
     }

@@ -61,14 +61,18 @@ std::optional<QString> ACTION_COMPARISON::source_list_change(PLANNED_ACTION cons
         ++alike;
     if (alike == count && alike == recorded.sources.size())
         return {};
+    // A list may name a file twice.
     QSet<QString> former;
     for (RECORDED_FILE const& source : recorded.sources)
         former.insert(source.path);
-    for (LOGICAL_PATH const& source : planned.sources)
-        if (!former.remove(source))
+    QSet<QString> present;
+    for (LOGICAL_PATH const& source : planned.sources) {
+        if (!former.contains(source))
             return QStringLiteral("%1 is a new source").arg(shown_file(source));
+        present.insert(source);
+    }
     for (RECORDED_FILE const& source : recorded.sources)
-        if (former.contains(source.path))
+        if (!present.contains(source.path))
             return QStringLiteral("%1 is no longer a source").arg(shown_file(LOGICAL_PATH(source.path)));
     return QStringLiteral("its sources are in another order");
 }

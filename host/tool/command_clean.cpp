@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
 namespace tool {
 
@@ -81,7 +82,7 @@ private:
         BUILD_STATE state(session, context.console);
         state.open(plan);
         for (PLANNED_ACTION& planned : plan.actions)
-            static_cast<void>(take_out_foreign_pages(planned, state));
+            static_cast<void>(take_out_foreign_pages(planned, state, session.rules()));
         TARGET_GUARD guard(session.project().working);
         for (PLANNED_ACTION const& planned : plan.actions)
             for (ACTION_INTERFACE::TARGET_FILE const& target : planned.targets)
@@ -105,8 +106,10 @@ private:
 
     void remove_file(CONSOLE& console, QString const& working, QString const& path) {
         QFileInfo const info(path);
-        if (!info.isFile() && !info.isSymLink())
+        if ((!info.isFile() && !info.isSymLink()) || listed_.contains(path))
             return;
+        // A dry run leaves what the plan and the state both know.
+        listed_.insert(path);
         if (!note(console, path, dry_run_ || QFile::remove(path)) || dry_run_)
             return;
         // Folders that have become empty go with it; rmdir refuses the others.
@@ -136,6 +139,7 @@ private:
     bool dry_run_ = false;
     bool all_removed_ = true;
     int removed_ = 0;
+    QSet<QString> listed_;
 };
 
 }  // namespace

@@ -21,7 +21,7 @@ constexpr std::uint64_t bytes_per_texel = 32;
 // Sources that are no images become about as much again in memory, twice over while they are converted.
 constexpr std::uint64_t bytes_per_other_byte = 3;
 
-using TEXELS = std::optional<std::uint64_t>;
+using SIDES = std::optional<IMAGE_SIDES>;
 
 class HEADER {
 public:
@@ -43,7 +43,7 @@ private:
     QFile& file_;
 };
 
-TEXELS jpg_texels(HEADER& header) {
+SIDES jpg_sides(HEADER& header) {
     // Real files have a few dozen segments in front of the frame.
     constexpr int most_segments = 10000;
     qint64 at = 2;
@@ -53,14 +53,14 @@ TEXELS jpg_texels(HEADER& header) {
         int const marker = header.byte(at + 1);
         // Frames are C0 to CF but for the tables DHT (C4), JPG (C8) and DAC (CC).
         if (marker >= 0xc0 && marker <= 0xcf && marker != 0xc4 && marker != 0xc8 && marker != 0xcc)
-            return header.big_16(at + 5) * header.big_16(at + 7);
+            return IMAGE_SIDES{header.big_16(at + 7), header.big_16(at + 5)};
         bool const is_filling = marker == 0xff;
         at += is_filling ? 1 : 2 + static_cast<qint64>(header.big_16(at + 2));
     }
     return {};
 }
 
-TEXELS tif_texels(HEADER& header, bool is_big) {
+SIDES tif_sides(HEADER& header, bool is_big) {
     auto const word = [&](qint64 at) {
         return is_big ? header.big_16(at) : header.little_16(at);
     };
@@ -87,34 +87,40 @@ TEXELS tif_texels(HEADER& header, bool is_big) {
         if (tag > height_tag || entry > header.size())
             break;
     }
-    return width * height;
+    return IMAGE_SIDES{width, height};
 }
 
-TEXELS texels_of(HEADER header, bool is_tga) {
+SIDES sides_of(HEADER header, bool is_tga) {
     if (is_tga)
-        return header.little_16(12) * header.little_16(14);
+        return IMAGE_SIDES{header.little_16(12), header.little_16(14)};
     if (header.has(0, QByteArrayLiteral("\x89PNG")))
-        return header.big_32(16) * header.big_32(20);
-    if (header.has(0, QByteArrayLiteral("DDS "))) {
-        std::uint64_t const depth = std::max<std::uint64_t>(1, header.little_32(24));
-        return checked_size::saturating_product(header.little_32(12), header.little_32(16), depth);
-    }
+        return IMAGE_SIDES{header.big_32(16), header.big_32(20)};
+    if (header.has(0, QByteArrayLiteral("DDS ")))
+        return IMAGE_SIDES{header.little_32(16), header.little_32(12),
+                           std::max<std::uint64_t>(1, header.little_32(24))};
     if (header.has(0, QByteArrayLiteral("\xff\xd8")))
-        return jpg_texels(header);
+        return jpg_sides(header);
     if (header.has(0, QByteArrayLiteral("II*\0")) || header.has(0, QByteArrayLiteral("II+\0")))
-        return tif_texels(header, false);
+        return tif_sides(header, false);
     if (header.has(0, QByteArrayLiteral("MM\0*")) || header.has(0, QByteArrayLiteral("MM\0+")))
-        return tif_texels(header, true);
+        return tif_sides(header, true);
     return {};
 }
 
 }  // namespace
 
-std::optional<std::uint64_t> announced_texels(QString const& path) {
+std::optional<IMAGE_SIDES> announced_sides(QString const& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly) || file.size() == 0)
         return {};
-    return texels_of(HEADER(file), path.endsWith(QLatin1String(".tga"), Qt::CaseInsensitive));
+    return sides_of(HEADER(file), path.endsWith(QLatin1String(".tga"), Qt::CaseInsensitive));
+}
+
+std::optional<std::uint64_t> announced_texels(QString const& path) {
+    SIDES const sides = announced_sides(path);
+    if (!sides)
+        return {};
+    return checked_size::saturating_product(sides->width, sides->height, sides->depth);
 }
 
 std::uint64_t estimate_memory(PLANNED_ACTION const& planned) {
@@ -123,7 +129,7 @@ std::uint64_t estimate_memory(PLANNED_ACTION const& planned) {
     std::uint64_t bytes = bytes_of_a_worker;
     for (LOGICAL_PATH const& source : planned.sources) {
         QString const path = PATHS::physical_path(source);
-        if (TEXELS const texels = announced_texels(path))
+        if (auto const texels = announced_texels(path))
             bytes += std::min(*texels, most_texels) * bytes_per_texel;
         else
             bytes += static_cast<std::uint64_t>(QFileInfo(path).size()) * bytes_per_other_byte;

@@ -102,7 +102,8 @@ EXIT_CODE open_plan(CONTEXT& context, OPENED_PLAN& opened, std::vector<std::stri
     if (!opened.state->is_sound())
         return EXIT_CODE::environment;
     for (PLANNED_ACTION& planned : opened.plan->actions) {
-        if (QString const refusal = take_out_foreign_pages(planned, *opened.state); !refusal.isEmpty()) {
+        if (QString const refusal = take_out_foreign_pages(planned, *opened.state, opened.session.rules());
+            !refusal.isEmpty()) {
             planned.state = PLANNED_ACTION::STATE::error;
             planned.error = refusal;
             planned.refused = true;

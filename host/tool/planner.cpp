@@ -159,7 +159,7 @@ private:
     void find_shared_pages() {
         if (!plan_.conflicts.empty())
             return;
-        for (SHARED_PAGE const& page : shared_pages(plan_.actions, producers_, guard_)) {
+        for (SHARED_PAGE const& page : shared_pages(plan_.actions, producers_, guard_, session_.rules())) {
             auto const [first, second] = std::minmax(page.atlas, page.other);
             plan_.conflicts.push_back(
                 QStringLiteral("two actions may write %1, the name of an atlas's page\n  %2\n  %3")

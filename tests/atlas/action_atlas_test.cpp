@@ -1,6 +1,7 @@
 // The atlas action on a disk: what it announces, makes, registers and leaves behind.
 #include "atlas/action_atlas.hpp"
 #include "host/framework/version_control.hpp"
+#include "processor/host/working_file_refusal.hpp"
 #include "tests/combine/action_fixture.hpp"
 
 namespace {
@@ -151,6 +152,14 @@ TEST_F(ATLAS, an_index_that_cannot_be_written) {
     EXPECT_EQ(registered(), "<atlas0.dds <atlas1.dds <atlas.tai");
     // What version control brings back stays.
     EXPECT_EQ(left_over(), "atlas.tai atlas0.dds atlas1.dds");
+}
+
+TEST_F(ATLAS, a_page_that_the_host_does_not_want) {
+    source("a.tga", {1, 2, 3, 255});
+    action.set_working_file_listener([](PHYSICAL_PATH const&) { throw WORKING_FILE_REFUSAL("the file is another's"); });
+    run_atlas(failed);
+    EXPECT_EQ(lines, "the file is another's");
+    EXPECT_EQ(left_over(), "");
 }
 
 TEST_F(ATLAS, a_page_that_cannot_be_compressed) {

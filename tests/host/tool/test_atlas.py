@@ -76,6 +76,7 @@ class Atlas(ProjectTest):
         _, _, err = self.check(["build"], 0)
         self.assertIn("[1/1] done: Create atlas", err)
         self.assertEqual(self.files(), ["ui/icons.tai", "ui/icons0.dds"])
+        self.check(["clean", "-n"], 0, "working_data/ui/icons0.dds\nworking_data/ui/icons.tai\n.zab\n", "3 would be removed\n")
         for _ in range(2):
             self.assertRegex(self.check(["build"], 0)[2], r"^0 built, 1 up to date, 0 failed in [0-9.]+ s\n$")
         self.assertEqual((self.folder / "working_data/ui/icons0.dds").read_bytes(), first)
@@ -102,7 +103,11 @@ class Atlas(ProjectTest):
                 _, _, err = self.check(["build"], 2, "")
                 self.assertIn(f"two actions may write working_data/ui/{page}, the name of an atlas's page\n", err)
                 self.assertEqual(self.files(), [])
-            # With fewer images it will not come to that.
+            # With smaller images, of which a page holds 16, or fewer of them it will not come to that.
+            for i in range(11):
+                self.write({f"raw_data/a/{i}.tga": flat(8, 7, (i, 0, 0, 255))})
+            self.check(["build"], 2 if page == "icons0.dds" else 0)
+            self.write(icons)
             for i in range(2, 11):
                 (self.folder / f"raw_data/a/{i}.tga").unlink()
             self.check(["build"], 2 if page in ("icons0.dds", "icons2.tga") else 0)

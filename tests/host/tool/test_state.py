@@ -278,7 +278,7 @@ class OddActions(StateTest):
     def test_a_source_that_is_not_listed(self):
         mask, fourth = tga(4, 4), "raw_data/a_colormask4.tga"
         self.write({"zab.toml": RULE + '[[rule]]\nname = "Texture"\nmatch = "*4.tga"\nCompressionFormat = "rgb"\n',
-                    "raw_data/a_colormask.tga": mask})
+                    "raw_data/a_colormask.tga": mask, "raw_data/a_colormask3.tga": mask})
         self.build()
         for contents, why in ((mask, "is a new source"), (tga(4, 4, bytes(64)), "changed"), (None, "is no longer a source")):
             self.change({fourth: contents})
