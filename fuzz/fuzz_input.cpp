@@ -8,8 +8,10 @@
 #include <unistd.h>
 
 // The linker hands every call of a harness to the first of these (--wrap), and calls the harness the second.
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
 extern "C" int __wrap_LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size);
 extern "C" int __real_LLVMFuzzerTestOneInput(std::uint8_t const* bytes, std::size_t size);
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
