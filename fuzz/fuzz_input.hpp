@@ -22,7 +22,7 @@ inline void require(bool kept, char const* promise) {
     }
 }
 
-/// A text that may be large, out of few bytes: what stands between two bytes 1 comes as often as 512 KiB take, and a
+/// A text that may be large, out of few bytes: what stands between two bytes 1 comes as often as 256 KiB take, and a
 /// byte 2 in it is the number of the repetition. So fuzzers come upon what grows with the square of a text's parts.
 std::string grown_text(std::uint8_t const* bytes, std::size_t size);
 

@@ -8,15 +8,8 @@
 #include <vector>
 
 #include <sys/resource.h>
-#include <sys/time.h>
 
 namespace {
-
-/// Of this program's own work, so that a busy machine does not count. The signal ends it.
-void start_second() {
-    itimerval const second = {{}, {1, 0}};
-    fuzz::require(setitimer(ITIMER_PROF, &second, nullptr) == 0, "the time can be limited");
-}
 
 void check_memory() {
     constexpr long most_kib = 2 << 20;
@@ -38,7 +31,6 @@ int main(int argc, char** argv) {
         // Printed first: after a crash it is the last line.
         std::printf("%s\n", entry.path().c_str());
         std::fflush(stdout);
-        start_second();
         LLVMFuzzerTestOneInput(reinterpret_cast<std::uint8_t const*>(bytes.data()), bytes.size());
         check_memory();
         ++count;
