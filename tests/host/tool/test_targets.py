@@ -30,7 +30,7 @@ class EveryWriter(ProjectTest):
 
     def made(self):
         """Every file that a build makes, with its bytes."""
-        names = [f"working_data/{name}" for name in self.files()] + ["raw_data/w.texture_array.agf"]
+        names = [f"working_data/{name}" for name in self.files() if not name.endswith(".part")] + ["raw_data/w.texture_array.agf"]
         return {name: (self.folder / name).read_bytes() for name in names}
 
     def written_in(self, name):
@@ -48,7 +48,8 @@ class EveryWriter(ProjectTest):
         for path in (*self.folder.glob("working_data/**/*"), *self.folder.glob(".zab/*"), *self.folder.glob("raw_data/*.agf")):
             self.assertEqual(path.stat().st_mode & 0o777, 0o750 if path.is_dir() else 0o640, path)
 
-        places = [*made, *(self.written_in(name) + ".part" for name in (*made, "working_data/icons/page0.tga"))]
+        parts = [self.written_in(name) + ".part" for name in (*made, "working_data/icons/page0.tga")]
+        places = [*made, *parts]
         for kind in ("symlink", "dangling", "hard link"):
             for number, place in enumerate(places):
                 victim = self.outside / f"{kind} {number}"
@@ -63,6 +64,11 @@ class EveryWriter(ProjectTest):
             for name in made:
                 status = (self.folder / name).lstat()
                 self.assertEqual((status.st_mode, status.st_nlink), (0o100640, 1), (kind, name))
+            # Who has the name of an unfinished file keeps it, and there is no other one.
+            for name in parts:
+                beside = sorted(path.name for path in (self.folder / name).parent.glob("*.part"))
+                self.assertIn((self.folder / name).name, beside, kind)
+                self.assertFalse([other for other in beside if other.endswith(".1.part")], kind)
         self.assertEqual(sorted(self.files("raw_data/icons")), ["i.tga"])
 
     def test_pictures_for_the_eye(self):
