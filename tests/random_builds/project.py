@@ -63,7 +63,7 @@ def names_of_textures(rng, *_):
 MAKERS = {"tga": tga, "png": png, "dds": dds, "tif": tif, "fga": fga, "texture_array": names_of_textures,
           "agf": lambda rng, *_: b"<old/>", "txt": lambda rng, *_: rng.randbytes(9), "TGA": tga}
 NAMES = """rock.tga wall.tga rock_normal.tga tür_1.tga leaf.png sky.dds plain.tif wind.fga BIG.TGA note.txt set.texture_array
-set.agf cape_mask1.tga cape_mask2.tga cape_mask3.tga cape_mask4.tga flag_colormask.tga flag_colormask2.tga
+set2.texture_array set.agf cape_mask1.tga cape_mask2.tga cape_mask3.tga cape_mask4.tga flag_colormask.tga flag_colormask2.tga
 flag_colormask3.tga flag_colormask4.tga iron_gloss.tga iron_level.tga iron_factionmask.tga iron_gloss_map.tga
 steel_smoothness.tga steel_metalness.tga steel_factionmask.tga bone_curvature.tga bone_translucency.tga
 bush_billboard_normal.tga bush_billboard_displacement.tga vale_flow.tif vale_wear.tif vale_deposition.tif"""
@@ -111,7 +111,6 @@ class Project:
         self.left_by_kill = set()   # in the raw folder, until the next build
         self.side = rng.choice((8, 16, 32))
         self.rules = {"": [(name, dict(values)) for name, values in BASE_RULES]}
-        self.options = {"database": rng.random() < 0.5, "retail": rng.random() < 0.4}
         self.raw.mkdir(parents=True)
         (self.folder / "victims/images").mkdir(parents=True)
         (self.folder / "snapshots").mkdir()
@@ -123,7 +122,7 @@ class Project:
         self.names = [name for name in NAMES if name.split(".")[1] not in self.without]
         for _ in range(rng.randint(10, 25)):
             self.edit_add()
-        self.edit_expansions()
+        self.edit_tables()
         self.write_rules("")
 
     def links_impossible(self):
@@ -158,7 +157,7 @@ class Project:
     # How files come to be
 
     def note(self, path):
-        """After an edit of what is not a source: the bytes are the edit's own from here on."""
+        """After an edit of what is not a source: what stands there is the edit's own from here on."""
         if path.is_relative_to(self.working) or path.name.endswith(FRAGMENT):
             name = str(path.relative_to(self.path))
             self.loose.discard(name)
@@ -167,18 +166,23 @@ class Project:
                 self.own[name] = what_is(path)
 
     def put(self, path, data):
-        """A new file takes the place of the old one, as most programs save."""
+        """As most programs save, a new file takes the place of the old one; or it is written over, as others do."""
         path.parent.mkdir(parents=True, exist_ok=True)
-        (self.folder / "saving").write_bytes(data)
-        os.replace(self.folder / "saving", path)
+        if path.is_file() and not path.is_symlink() and path.stat().st_nlink == 1 and self.rng.random() < 0.5:
+            path.write_bytes(data)
+        else:
+            (self.folder / "saving").write_bytes(data)
+            os.replace(self.folder / "saving", path)
         self.left_by_kill.discard(str(path))
         self.note(path)
+        return path
 
-    def put_in_place(self, path, data):
-        if path.stat().st_nlink > 1:
-            return self.put(path, data)
-        path.write_bytes(data)
-        self.note(path)
+    def put_unseen(self, path):
+        """Other bytes, of the same number and with the same time, as some copying programs leave them."""
+        data, stamp = bytearray(path.read_bytes() or b"."), path.stat()
+        data[-1 - self.rng.randrange(min(len(data), 30))] ^= self.rng.randrange(1, 256)
+        self.put(path, bytes(data))
+        os.utime(path, ns=(stamp.st_atime_ns, stamp.st_mtime_ns))
 
     def place(self):
         return self.raw / self.rng.choice(FOLDERS) / self.rng.choice(self.names)
@@ -187,83 +191,61 @@ class Project:
 
     def edit_add(self):
         path = self.place()
-        if path and not path.is_dir():
-            self.put(path, self.contents(path))
-            return path
+        return None if path.is_dir() else self.put(path, self.contents(path))
 
     def edit_change(self):
         if path := self.one(self.sources()):
-            (self.put if self.rng.random() < 0.5 else self.put_in_place)(path, self.contents(path))
+            self.put(path, path.read_bytes() if self.rng.random() < 0.2 else self.contents(path))
             return path
 
     def edit_unseen(self):
-        """Other bytes, of the same number and with the same time, as some copying programs leave them."""
-        if (path := self.one(self.sources())) and path.stat().st_size > 60:
-            data, stamp = bytearray(path.read_bytes()), path.stat()
-            data[-1 - self.rng.randrange(30)] ^= 1 << self.rng.randrange(8)
-            (self.put if self.rng.random() < 0.5 else self.put_in_place)(path, bytes(data))
-            os.utime(path, ns=(stamp.st_atime_ns, stamp.st_mtime_ns))
-            return path
-
-    def edit_same_again(self):
         if path := self.one(self.sources()):
-            self.put(path, path.read_bytes())
+            self.put_unseen(path)
             return path
 
     def edit_remove(self):
+        folder = self.raw / self.rng.choice(FOLDERS[2:])
+        if self.rng.random() < 0.1 and folder.is_dir():
+            self.own = {name: data for name, data in self.own.items() if not (self.path / name).is_relative_to(folder)}
+            shutil.rmtree(folder)
+            return folder
         if path := self.one(self.sources(), regular=False):
             path.unlink()
             return path
 
     def edit_rename(self):
-        source, target = self.one(self.sources(), regular=False), self.place()
-        if source and target and source.suffix == target.suffix and not target.is_dir():
-            target.parent.mkdir(parents=True, exist_ok=True)
-            source.rename(target)
-            return f"{source} to {target}"
-
-    def edit_swap(self):
-        one, other = (self.one(self.files(self.raw, lambda name: name.endswith(".tga"))) for _ in range(2))
-        if one and one != other:
-            one.rename(self.folder / "saving")
-            other.rename(one)
-            (self.folder / "saving").rename(other)
-            return f"{one} and {other}"
-
-    def edit_remove_folder(self):
-        folder = self.raw / self.rng.choice(FOLDERS[2:])
-        if self.rng.random() < 0.3 and folder.is_dir() and not folder.is_symlink():
-            for name in [name for name in self.own if (self.path / name).is_relative_to(folder)]:
-                del self.own[name]
-            shutil.rmtree(folder)
-            return folder
+        one, other = self.one(self.sources(), regular=False), self.place()
+        if one and one.suffix == other.suffix and one != other and not other.is_dir():
+            other.parent.mkdir(parents=True, exist_ok=True)
+            swap = os.path.lexists(other)
+            if swap:
+                other.rename(self.folder / "saving")
+            one.rename(other)
+            if swap:
+                (self.folder / "saving").rename(one)
+            return f"{one} to {other}{', which becomes the former' * swap}"
 
     # Edits of rules and tables
 
     def write_rules(self, folder, mistake=""):
-        def table(name, values):
-            return f'[[rule]]\nname = "{name}"\n' + "".join(f"{key} = {toml_value(value)}\n" for key, value in values.items())
-
         text = "" if folder else (f'[tables]\ntexc_expansions = "db/expansions.xml"\n[global]\nRetail = '
-                                  f'{toml_value(self.options["retail"])}\n[image_database]\nenabled = '
-                                  f'{toml_value(self.options["database"])}\n')
-        path = self.raw / folder / "zab_rules.toml" if folder else self.path / "zab.toml"
-        self.put(path, (text + "".join(table(*rule) for rule in self.rules[folder]) + mistake).encode())
+                                  f'{toml_value(self.retail)}\n[image_database]\nenabled = {toml_value(self.database)}\n')
+        for name, values in self.rules[folder]:
+            text += f'[[rule]]\nname = "{name}"\n' + "".join(f"{key} = {toml_value(value)}\n" for key, value in values.items())
+        self.put(self.raw / folder / "zab_rules.toml" if folder else self.path / "zab.toml", (text + mistake).encode())
 
     def edit_rule(self):
         folder = self.rng.choice(("", ".", "a", "a/b", "old", "ui"))
         rules = self.rules.setdefault(folder, [])
-        if len(rules) > (3 if not folder else 0) and self.rng.random() < 0.5:
-            del rules[self.rng.randrange(3 if not folder else 0, len(rules))]
+        fixed = len(BASE_RULES) if not folder else 0
+        if len(rules) > fixed and self.rng.random() < 0.5:
+            del rules[self.rng.randrange(fixed, len(rules))]
         elif rules and self.rng.random() < 0.3:
             name, values = self.rng.choice(rules)
             values.update(self.some_properties(name))
         else:
             name = self.rng.choices(list(PROPERTIES), (6, 2, 1, 1, 2))[0]
-            values = self.some_properties(name)
-            if self.rng.random() < 0.8:
-                values["match"] = self.rng.sample(PATTERNS, self.rng.randint(1, 3))
-            rules.append((name, values))
+            rules.append((name, {"match": self.rng.sample(PATTERNS, self.rng.randint(1, 3)), **self.some_properties(name)}))
         self.write_rules(folder, "[[rule\n" if self.rng.random() < 0.02 else "")
         return f"{folder or 'zab.toml'}: {rules}"
 
@@ -272,93 +254,78 @@ class Project:
         values = {key: self.rng.choice(PROPERTIES[name][key]) for key in keys}
         return {key: value for key, value in values.items() if value == value or "nan" not in self.without}
 
-    def edit_options(self):
-        name = self.rng.choice(list(self.options))
-        self.options[name] = not self.options[name]
+    def edit_tables(self):
+        self.retail, self.database = self.rng.random() < 0.4, self.rng.random() < 0.5
         self.write_rules("")
-        return f"{name} = {self.options[name]}"
-
-    def edit_expansions(self):
         rows = [f'<row name="{name}" pack_filename_extension="{self.rng.choice((name, "pack"))}"/>'
                 for name in ("north", "south") if self.rng.random() < 0.9]
         self.put(self.path / "db/expansions.xml", f"<table>{''.join(rows)}</table>".encode())
-        return rows
+        return f"retail {self.retail}, database {self.database}, {rows}"
 
-    # Edits of targets, and files of others among them
+    # Edits of targets and of the build state, and files of others among them
 
     def edit_target(self):
         if path := self.one(self.targets()):
-            data = path.read_bytes()
-            what = self.rng.choice(("remove", "spoil", "unseen", "touch", "cut", "copy"))
-            stamp = path.stat()
+            what = self.rng.choice(("remove", "unseen", "touch", "cut", "copy"))
             if what == "remove":
                 path.unlink()
                 self.note(path)
+            elif what == "unseen":
+                self.put_unseen(path)
             elif what == "touch":
                 os.utime(path)
-            elif what == "copy":
-                (self.folder / "saving").write_bytes(data)
+            elif what == "cut":
+                self.put(path, path.read_bytes()[:-1])
+            else:       # the same bytes in another file; not the edit's own
+                shutil.copy(path, self.folder / "saving")
                 os.replace(self.folder / "saving", path)
-            else:
-                spoilt = data[:-1] + bytes([(data or b"\0")[-1] ^ self.rng.randrange(1, 256)]) if what != "cut" else data[:-1]
-                (self.put if self.rng.random() < 0.5 else self.put_in_place)(path, spoilt)
-                if what == "unseen":
-                    os.utime(path, ns=(stamp.st_atime_ns, stamp.st_mtime_ns))
             return f"{what} {path}"
 
+    def beside_target(self, *names):
+        path = self.one(self.files(self.working)) or self.working / "x.dds"
+        path = path.with_name(self.rng.choice(names).format(path.name))
+        return None if path.is_dir() else self.put(path, self.rng.choice((b"mine", dds(self.rng, 4, 4))))
+
     def edit_foreign(self):
-        folder = self.rng.choice([path.parent for path in self.files(self.working)] or [self.working])
-        others = [path.name for path in self.files(self.working)] or ["x.dds"]
-        name = self.rng.choice(("own.dds", "own.txt", "rock.dds", "sky.dds", "leaf_ab.dds", self.rng.choice(others) + "~",
-                                self.rng.choice(others) + ".tmp", "." + self.rng.choice(others), "img_db.bin.tmp"))
-        if not (folder / name).is_dir():
-            self.put(folder / name, self.rng.choice((b"mine", dds(self.rng, 4, 4))))
-            return folder / name
+        return self.beside_target("own.dds", "own.txt", "rock.dds", "leaf_ab.dds", "{}~", "{}.tmp", ".{}", "img_db.bin.tmp")
 
     def edit_part_file(self):
-        """A file that is named as a target is while it is being written."""
-        target = self.one(self.files(self.working, lambda name: not name.endswith(".part")))
-        if target and self.rng.random() < 0.2:
-            self.put(target.with_name(target.name + ".part"), b"mine")
-            return target.name + ".part"
+        """Named as a target is while it is being written."""
+        return self.beside_target("{}.part")
 
     def edit_atlas_neighbour(self):
-        """A file of somebody's with the name that a further page of an atlas would have."""
-        path = self.working / f"atlases/ui{self.rng.randint(1, 3)}.dds"
-        if path.parent.is_dir() and self.rng.random() < 0.2:
-            self.put(path, dds(self.rng, 8, 8))
-            return path
+        """Named as a further page of an atlas would be."""
+        if (self.working / "atlases").is_dir() and self.rng.random() < 0.2:
+            return self.put(self.working / f"atlases/ui{self.rng.randint(1, 3)}.dds", dds(self.rng, 8, 8))
 
     def edit_work_file(self):
         """A DDS of the artist's beside its TGA, where an older conversion would make its own; most of all where an earlier
         build was killed over it."""
         running = self.path / ".zab/running"
-        named = [path for path in map(lambda p: p.with_suffix(".dds"), self.files(self.raw / "old", lambda n: n.endswith(".tga")))
-                 if running.is_file() and os.fsencode(path) in running.read_bytes()]
-        path = self.one(named or self.files(self.raw / "old", lambda name: name.endswith(".tga")), regular=False)
-        if path and (named or self.rng.random() < 0.2):
-            self.put(path.with_suffix(".dds"), dds(self.rng, 4, 4))
-            return path.with_suffix(".dds")
+        journal = running.read_bytes() if running.is_file() else b""
+        paths = [path.with_suffix(".dds") for path in self.files(self.raw / "old", lambda name: name.endswith(".tga"))]
+        path = self.one([path for path in paths if os.fsencode(path) in journal] or paths, regular=False)
+        if path:
+            return self.put(path.with_suffix(self.rng.choice((".dds", ".dds.part"))), dds(self.rng, 4, 4))
 
     def edit_state(self):
-        what = self.rng.choice((".zab", ".zab/state.db", "working_data", "damage"))
-        if self.rng.random() < 0.1:
-            if what == "damage" and (self.path / ".zab/state.db").is_file():
-                (self.path / ".zab/state.db").write_bytes(b"not a database")
-            elif what == ".zab/state.db":
-                (self.path / what).unlink(missing_ok=True)
-            elif what != "damage":
-                shutil.rmtree(self.path / what, ignore_errors=True)
-            if what == "working_data":
-                self.own = {name: data for name, data in self.own.items() if name.startswith("raw_data")}
-            else:
-                self.loose |= {str(path.relative_to(self.path)) for path in self.targets()}
+        what = self.rng.choice((".zab", ".zab/state.db", "working_data", "damage", *[""] * 16))
+        if what == "damage" and (self.path / ".zab/state.db").is_file():
+            (self.path / ".zab/state.db").write_bytes(b"not a database")
+        elif what == ".zab/state.db":
+            (self.path / what).unlink(missing_ok=True)
+        elif what and what != "damage":
+            shutil.rmtree(self.path / what, ignore_errors=True)
+        self.own = {name: data for name, data in self.own.items() if os.path.lexists(self.path / name)}
+        if what:
+            self.loose |= {str(path.relative_to(self.path)) for path in self.targets()}
             return what
 
     # Links: of sources, of folders, of targets; nothing behind them may change
 
-    def link(self, path, to):
-        path.parent.mkdir(parents=True, exist_ok=True)
+    def link(self, path, others):
+        """`others` are files, or names as they are to stand in a link."""
+        to = self.rng.choice([other for other in others if other and other != path])
         path.unlink(missing_ok=True)
         if isinstance(to, pathlib.Path) and to.is_file() and not to.is_symlink() and self.rng.random() < 0.5:
             os.link(to, path)
@@ -368,9 +335,9 @@ class Project:
         return f"{path} to {to}"
 
     def edit_link_source(self):
-        path, other = self.place(), self.one(self.sources())
-        if path and not path.is_dir() and path.suffix != ".texture_array" and path != other and other:
-            return self.link(path, self.rng.choice((other, self.folder / "victims/victim.tga", "nowhere")))
+        path = self.place()
+        if path.parent.is_dir() and path.suffix != ".texture_array":
+            return self.link(path, (self.one(self.sources()), self.folder / "victims/victim.tga", "nowhere"))
 
     def edit_link_folder(self):
         path = self.raw / self.rng.choice(("l", "a/l"))
@@ -378,21 +345,17 @@ class Project:
             path.unlink()
             return f"no {path}"
         if path.parent.is_dir() and self.rng.random() < 0.3:
-            path.symlink_to(os.path.relpath(self.rng.choice((self.raw / "a", self.raw, self.folder / "victims/images")), path.parent))
-            return f"{path} to {os.readlink(path)}"
+            return self.link(path, (self.raw / "a", self.raw, self.folder / "victims/images"))
 
     def edit_link_target(self):
         if path := self.one(self.files(self.working)):
-            others = (self.one(self.sources()), self.one(self.files(self.working)), self.folder / "victims/victim.tga",
-                      "nowhere", str(self.folder / "victims/created"))
-            other = self.rng.choice(others)
-            return self.link(path, other) if other and other != path else None
+            return self.link(path, (self.one(self.sources()), self.one(self.files(self.working)), "nowhere",
+                                    self.folder / "victims/victim.tga", str(self.folder / "victims/created")))
 
     def edit_link_fragment(self):
-        lists = self.one(self.files(self.raw, lambda name: name.endswith(".texture_array")))
-        if lists:
-            others = (self.one(self.sources()), self.folder / "victims/victim.tga", str(self.folder / "victims/created"))
-            return self.link(lists.with_name(lists.name + ".agf"), self.rng.choice(others) or "nowhere")
+        if path := self.one(self.files(self.raw, lambda name: name.endswith(".texture_array"))):
+            return self.link(path.with_name(path.name + ".agf"), (self.one(self.sources()), self.folder / "victims/victim.tga",
+                                                                  str(self.folder / "victims/created")))
 
     def edit_snapshot(self):
         """cp -al: as backups and de-duplicating programs leave it."""
@@ -403,8 +366,7 @@ class Project:
 
     def edit_restore(self):
         """What a backup had, with its old times."""
-        backup = self.one(self.files(self.folder / "snapshots"))
-        if backup:
+        if backup := self.one(self.files(self.folder / "snapshots")):
             path = self.working / backup.relative_to(self.folder / "snapshots/s")
             if path.parent.is_dir() and not path.is_dir():
                 path.unlink(missing_ok=True)

@@ -15,7 +15,7 @@ PROGRAM = pathlib.Path(ZAB).resolve()
 WRITTEN = {
     r"@/(working_data|\.zab)(/.*)?": "targets and the build state",
     r"@/raw_data/.*\.texture_array\.agf(\.part)?": "fragments stand beside their lists",
-    r"@/raw_data/old/[\w/]+\.dds": "what an older conversion makes first, beside its source",
+    r"@/raw_data/old/[\w/]+\.dds(\.part)?": "what an older conversion makes first, beside its source",
     r"@/events": "as the command line says",
     "/dev/null": "nothing",
     "/proc/self/fd/[0-9]+": "a file that was written without a name gets one",
@@ -42,7 +42,7 @@ def touched(trace):
     """Every path that a process named, or held open, in a call that reads or writes: ("read" or "written", path)."""
     for line in trace.splitlines():
         call, _, rest = line.partition("(")
-        if not call.isidentifier() or call in LOOKING:
+        if not call.isidentifier() or call in LOOKING or "O_TMPFILE" in rest:   # those get a name by linkat
             continue
         arguments = rest.rpartition(") = ")[0]
         kind = "read" if call == "execve" or call.startswith("open") and not WRITING.search(arguments) else "written"
