@@ -131,7 +131,7 @@ class Project:
             (self.folder / "probe").unlink()
             return set()
         except OSError:
-            return {name[5:] for name in dir(self) if "link" in name} | {"snapshot", "restore"}
+            return {name[5:] for name in dir(self) if "link" in name} | {"folder_link", "snapshot", "restore"}
 
     # What there is
 
