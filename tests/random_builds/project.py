@@ -61,7 +61,7 @@ def names_of_textures(rng, *_):
 
 
 MAKERS = {"tga": tga, "png": png, "dds": dds, "tif": tif, "fga": fga, "texture_array": names_of_textures,
-          "agf": lambda rng, *_: b"<old/>", "txt": lambda rng, *_: rng.randbytes(9), "TGA": tga}
+          "agf": lambda rng, *_: b"<old/>", "txt": lambda rng, *_: rng.randbytes(9)}
 NAMES = """rock.tga wall.tga rock_normal.tga tür_1.tga leaf.png sky.dds plain.tif wind.fga BIG.TGA note.txt set.texture_array
 set2.texture_array set.agf cape_mask1.tga cape_mask2.tga cape_mask3.tga cape_mask4.tga flag_colormask.tga flag_colormask2.tga
 flag_colormask3.tga flag_colormask4.tga iron_gloss.tga iron_level.tga iron_factionmask.tga iron_gloss_map.tga
@@ -151,7 +151,7 @@ class Project:
 
     def contents(self, path):
         side = (self.side, self.side) if self.rng.random() < 0.9 else self.rng.choices((8, 12, 16, 24, 64, 7), k=2)
-        data = MAKERS[path.suffix[1:]](self.rng, *side)
+        data = MAKERS.get(path.suffix[1:], tga)(self.rng, *side)
         return data if self.rng.random() < 0.96 else self.rng.choice((b"", data[:len(data) // 2], self.rng.randbytes(50)))
 
     # How files come to be
@@ -279,6 +279,8 @@ class Project:
             else:       # the same bytes in another file; not the edit's own
                 shutil.copy(path, self.folder / "saving")
                 os.replace(self.folder / "saving", path)
+            if path.stem[-1:].isdigit():    # a page: an atlas that shrinks removes it, whoever changed it
+                self.loose.add(str(path.relative_to(self.path)))
             return f"{what} {path}"
 
     def beside_target(self, *names):
