@@ -8,7 +8,7 @@ install(TARGETS zab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS ZAB_Texture LIBRARY DESTINATION lib/zab)
 install(TARGETS ZAB_Shared EXPORT zab_targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 file(RELATIVE_PATH zab_from_plugin /lib/zab /${CMAKE_INSTALL_LIBDIR})
-set_target_properties(ZAB_Texture PROPERTIES INSTALL_RPATH "$ORIGIN/${zab_from_plugin}")
+set_target_properties(ZAB_Texture PROPERTIES INSTALL_RPATH "$ORIGIN/..;$ORIGIN/${zab_from_plugin}" BUILD_WITH_INSTALL_RPATH ON)
 
 set(zab_share ${PROJECT_BINARY_DIR}/share)
 install(FILES ${zab_share}/zab.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
