@@ -10,11 +10,14 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QSet>
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <queue>
 #include <unordered_map>
+#include <utility>
 
 namespace tool {
 
@@ -34,6 +37,10 @@ public:
         find_shared_pages();
         connect();
         order();
+        std::vector<bool> wanted;
+        for (PLANNED_ACTION const& planned : plan_.actions)
+            wanted.push_back(!spare_.contains(planned.action));
+        keep_actions(plan_, wanted);
         return std::move(plan_);
     }
 
@@ -113,9 +120,16 @@ private:
                 auto const first = producers_.constFind(place);
                 if (first != producers_.constEnd() && *first != i) {
                     PLANNED_ACTION const& other = plan_.actions[*first];
-                    plan_.conflicts.push_back(QStringLiteral("two actions would write %1\n  %2\n  %3")
-                                                  .arg(CONSOLE::shown(file), described(other), described(planned)));
-                    continue;
+                    if (!is_fragment_beside_source(planned, target) || !are_of_one_file(planned, other)) {
+                        plan_.conflicts.push_back(QStringLiteral("two actions would write %1\n  %2\n  %3")
+                                                      .arg(CONSOLE::shown(file), described(other), described(planned)));
+                        continue;
+                    }
+                    // A list in a folder that a link leads to has one fragment, which bears the name without the link.
+                    bool const is_better = has_real_name(planned) && !has_real_name(other);
+                    spare_.insert((is_better ? other : planned).action);
+                    if (!is_better)
+                        break;
                 }
                 if (std::optional<std::size_t> const other = file_and_folder(place, i)) {
                     plan_.conflicts.push_back(
@@ -133,6 +147,18 @@ private:
                     target.logical_path, planned.sources.isEmpty() ? QString() : planned.sources.first().text());
             }
         }
+    }
+
+    QString place_of_subject(PLANNED_ACTION const& planned) {
+        return guard_.place(PATHS::physical_path(planned.sources.value(0)));
+    }
+
+    bool are_of_one_file(PLANNED_ACTION const& one, PLANNED_ACTION const& other) {
+        return place_of_subject(one) == place_of_subject(other);
+    }
+
+    bool has_real_name(PLANNED_ACTION const& planned) {
+        return place_of_subject(planned).endsWith(u'/' + planned.sources.value(0).section(u'/', 1));
     }
 
     /// The action that would make a file of one of the folders of `place`, or a folder of `place` itself. Which of the
@@ -193,6 +219,11 @@ private:
                 auto const place = places.constFind(dependency.action);
                 if (place != places.constEnd())
                     need(*place, dependency.optional);
+            }
+            // Of two that need a file of one name for themselves, the second waits until the first has taken its away.
+            for (PHYSICAL_PATH const& file : planned.action->working_files()) {
+                std::size_t& last = working_files_.insert(std::pair(guard_.place(file), i)).first->second;
+                need(std::exchange(last, i), true);
             }
             for (LOGICAL_PATH const& source : qAsConst(planned.sources)) {
                 auto const producer = producers_.constFind(guard_.place(PATHS::physical_path(source)));
@@ -269,6 +300,10 @@ private:
     TARGET_GUARD guard_;
     /// Where a target file really lies to its action's place: links may give one file two names.
     QHash<QString, std::size_t> producers_;
+    /// The same of working files, to the last action that needs it.
+    std::map<QString, std::size_t> working_files_;
+    /// Actions that would make what another one makes of the same file.
+    QSet<ACTION_INTERFACE const*> spare_;
     /// Every folder that holds such a file, at any depth, to the first action that needs it.
     QHash<QString, std::size_t> folders_;
     /// The folder that was looked at last.

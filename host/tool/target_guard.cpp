@@ -81,8 +81,6 @@ QString TARGET_GUARD::refusal(QString const& path) {
 
 QString TARGET_GUARD::place(QString const& path) {
     QString const clean = QDir::cleanPath(path);
-    if (!is_inside(clean, root_))
-        return clean;
     int const slash = clean.lastIndexOf(u'/');
     return real_folder(clean.left(slash)) + clean.mid(slash);
 }

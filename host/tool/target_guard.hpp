@@ -13,7 +13,7 @@ public:
 
     /// Why the file may not be touched; empty when it may. Answers per folder are remembered.
     QString refusal(QString const& path);
-    /// Where the file really lies, when it lies in the working root; else the path itself, tidied.
+    /// Where the file really lies, with the links of its folders followed and its own name as it is.
     QString place(QString const& path);
 
 private:
