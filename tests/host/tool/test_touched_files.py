@@ -19,12 +19,14 @@ WRITTEN = {
     r"@/events": "as the command line says",
     "/dev/null": "nothing",
     "/proc/self/fd/[0-9]+": "a file that was written without a name gets one",
+    "/dev/fd/[0-9]+": "a file in memory, which a library takes by a name alone",
     "/proc/(self|[0-9]+)/(clear_refs|oom_score_adj)": "a worker measures its memory, and goes first when there is none left"}
 READ = {
     "@(/.*)?": "the project", **WRITTEN,
     "(/usr)?/lib(64)?/.*|/etc/ld[.]so[.].*": "libraries of the system",
     f"{PROGRAM.parent}/.*|{PROGRAM.parents[1]}/lib/.*|{pathlib.Path(PLUGIN).resolve().parent}/.*": "the program's own",
     "/etc/localtime|/usr/share/zoneinfo/.*": "the line with the date in an atlas's index",
+    "/etc/machine-id": "the journal belongs to one machine",
     "/proc/meminfo|/proc/self/cgroup|/sys/fs/cgroup/.*": "how much memory there is",
     "/sys/devices/system/cpu/.*|/proc/cpuinfo": "how many processors there are",
     "/proc/(self|[0-9]+)/(stat|statm|status|maps|task/.*)": "how much memory a worker holds",
