@@ -164,12 +164,12 @@ EXIT_CODE BUILD_SESSION::ask_for_actions() {
     {
         framework::RULE_QUESTION_RECORDER recorder;
         for (auto const& processor : plugin_.processors()) {
-            for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_)) {
-                if (!action)
-                    throw std::runtime_error("its processor \"" + processor->get_name().toStdString() +
-                                             "\" answered with a null action");
+            // All of them are the host's before one is looked at.
+            for (ACTION_INTERFACE* const action : processor->create_actions(files_.map, *rules_))
                 actions_.emplace_back(action);
-            }
+            if (std::find(actions_.begin(), actions_.end(), nullptr) != actions_.end())
+                throw std::runtime_error("its processor \"" + processor->get_name().toStdString() +
+                                         "\" answered with a null action");
         }
         rule_questions_ = recorder.take();
     }
