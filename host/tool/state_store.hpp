@@ -30,8 +30,8 @@ public:
     };
 
     /// Every record. A database that is damaged or of another version reads as empty, with a line in `warning`; it is
-    /// set aside as `state.db.old` when the first record is written. One that cannot be read at the moment is left alone;
-    /// `error` says why.
+    /// set aside as `state.db.old` when the first record is written. One that cannot be read at the moment is left
+    /// alone; `error` says why.
     std::vector<RECORD> read(TABLE table, QString& warning);
 
     /// Writes go together until `commit`, or until this object ends. False when one failed; `error` says why then, and
