@@ -24,7 +24,8 @@ WRITTEN = {
 READ = {
     "@(/.*)?": "the project", **WRITTEN,
     "(/usr)?/lib(64)?/.*|/etc/ld[.]so[.].*": "libraries of the system",
-    f"{PROGRAM.parent}/.*|{PROGRAM.parents[1]}/lib/.*|{pathlib.Path(PLUGIN).resolve().parent}/.*": "the program's own",
+    "|".join(re.escape(f"{folder}/") + ".*" for folder in (PROGRAM.parent, PROGRAM.parents[1] / "lib",
+                                                           pathlib.Path(PLUGIN).resolve().parent)): "the program's own",
     "/etc/localtime|/usr/share/zoneinfo/.*": "the line with the date in an atlas's index",
     "/etc/machine-id": "the journal belongs to one machine",
     "/proc/meminfo|/proc/self/cgroup|/sys/fs/cgroup/.*": "how much memory there is",
@@ -52,7 +53,9 @@ def touched(trace):
             arguments = arguments.partition(", ")[0]
         named = re.findall(r'(?:(?:AT_FDCWD|\d+)<([^>]*)>, )?"((?:[^"\\]|\\.)*)"', arguments)
         for folder, name in named or re.findall(r"\d+<([^>]*)>()", arguments):
-            yield kind, os.path.normpath(os.path.join(folder, name)), line
+            path = os.path.normpath(os.path.join(folder, name))
+            # Beyond ASCII strace shows the bytes, as "\\303\\266".
+            yield kind, path.encode().decode("unicode_escape").encode("latin1").decode(errors="surrogateescape"), line
 
 
 class TouchedFiles(ProjectTest):
