@@ -60,20 +60,23 @@ void TIF_DIRECTORY::write(std::vector<std::uint8_t>& out, std::size_t at, std::u
     }
 }
 
+TIF_DIRECTORY::FIELD TIF_DIRECTORY::field_of(std::size_t entry) const {
+    std::size_t const word = is_64_ ? 8 : 4;
+    FIELD field{*read(entry + 2, 2), *read(entry + 4, word), entry + 4 + word};
+    // Numbers that do not fit into the entry stand where it points.
+    std::size_t const bytes = bytes_of_type(field.type);
+    if (bytes != 0 && field.count > word / bytes) {
+        field.at = *read(field.at, word);
+    }
+    return field;
+}
+
 std::optional<TIF_DIRECTORY::FIELD> TIF_DIRECTORY::find(TIF_TAG tag) const {
     for (std::size_t i = 0; i < entry_count_; ++i) {
         std::size_t const entry = entries_at_ + i * entry_bytes();
-        if (read(entry, 2) != static_cast<std::uint64_t>(tag)) {
-            continue;
+        if (read(entry, 2) == static_cast<std::uint64_t>(tag)) {
+            return field_of(entry);
         }
-        std::size_t const word = is_64_ ? 8 : 4;
-        FIELD field{*read(entry + 2, 2), *read(entry + 4, word), entry + 4 + word};
-        // Numbers that do not fit into the entry stand where it points.
-        std::size_t const bytes = bytes_of_type(field.type);
-        if (bytes != 0 && field.count > word / bytes) {
-            field.at = *read(field.at, word);
-        }
-        return field;
     }
     return std::nullopt;
 }
@@ -97,9 +100,22 @@ std::vector<std::uint8_t> TIF_DIRECTORY::file_with(std::span<CHANGE const> chang
     auto const tag_of = [&](std::vector<std::uint8_t> const& entry) {
         return is_big_endian_ ? entry[0] << 8 | entry[1] : entry[1] << 8 | entry[0];
     };
+    // What points behind the end says nothing, and must not come to point into the new directory. Of fields with one
+    // tag the first one counts.
+    enum class FIRST : std::uint8_t { unseen, kept, dropped };
+    std::vector<FIRST> first(std::size_t{1} << 16, FIRST::unseen);
     for (std::size_t i = 0; i < entry_count_; ++i) {
-        auto const entry = file_.subspan(entries_at_ + i * entry_bytes(), entry_bytes());
-        entries.emplace_back(entry.begin(), entry.end());
+        std::size_t const at = entries_at_ + i * entry_bytes();
+        FIRST& state = first[*read(at, 2)];
+        if (state == FIRST::unseen) {
+            FIELD const field = field_of(at);
+            bool const says_nothing = bytes_of_type(field.type) != 0 && !number(field, 0);
+            state = says_nothing ? FIRST::dropped : FIRST::kept;
+        }
+        if (state == FIRST::kept) {
+            auto const entry = file_.subspan(at, entry_bytes());
+            entries.emplace_back(entry.begin(), entry.end());
+        }
     }
     std::size_t const word = is_64_ ? 8 : 4;
     for (CHANGE const& change : changes) {

@@ -57,6 +57,8 @@ public:
 
 private:
     std::size_t entry_bytes() const { return is_64_ ? 20 : 12; }
+    /// Of the entry at this place.
+    FIELD field_of(std::size_t entry) const;
     std::optional<std::uint64_t> read(std::uint64_t at, std::size_t bytes) const;
     void write(std::vector<std::uint8_t>& out, std::size_t at, std::uint64_t value, std::size_t bytes) const;
 
